@@ -1,0 +1,54 @@
+#include "KVXRegisters.h"
+
+#include "KVXAnimation.h"
+#include "KVXTowerAnimation.h"
+#include "host/rx/PfEdCommandStack.h"
+#include "host/rx/PfRxClass.h"
+#include "host/rx/PfRxDictionary.h"
+#include "keyframe/KVXCameraKeyFrame.h"
+#include "keyframe/KVXCameraKeyFramesTrack.h"
+#include "keyframe/KVXDateKeyFrame.h"
+#include "keyframe/KVXDateKeyFramesTrack.h"
+#include "keyframe/KVXKeyFrame.h"
+#include "keyframe/KVXKeyFramesTrack.h"
+
+KVXRegisters::KVXRegisters() : m_groupName(L"KVXElement"), m_version(L"2.0"), m_loaded(false)
+{
+    m_secondName = m_groupName;
+}
+
+KVXRegisters::~KVXRegisters() = default;
+
+int KVXRegisters::Load()
+{
+    KVXAnimation::RxInit();
+    KVXTowerAnimation::RxInit();
+    KVXKeyFrame::RxInit();
+    KVXCameraKeyFrame::RxInit();
+    KVXDateKeyFrame::RxInit();
+    KVXKeyFramesTrack::RxInit();
+    KVXCameraKeyFramesTrack::RxInit();
+    KVXDateKeyFramesTrack::RxInit();
+    PfRxBuildClassHierarchy();
+    m_loaded = true;
+    return 0;
+}
+
+int KVXRegisters::Unload()
+{
+    if (!m_loaded)
+        return 0;
+    PfRxObject* entry = PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName);
+    if (PfEdCommandStack* commands = PfEdCommandStack::Cast(entry))
+        commands->RemoveGroup(m_groupName);
+    // Parents before children, in load order: the host tolerates it.
+    KVXAnimation::RxUninit();
+    KVXTowerAnimation::RxUninit();
+    KVXKeyFrame::RxUninit();
+    KVXCameraKeyFrame::RxUninit();
+    KVXDateKeyFrame::RxUninit();
+    KVXKeyFramesTrack::RxUninit();
+    KVXCameraKeyFramesTrack::RxUninit();
+    KVXDateKeyFramesTrack::RxUninit();
+    return 0;
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "PfDbHandle.h"
+#include "host/vpe/CVec3.h"
+
+#include <QString>
+
+#include <string>
+#include <vector>
+
+// The keyed, typed property set an object writes itself into and reads itself
+// back from: in a document file (one XML element per property, in write
+// order) and in the snapshots that undo and redo restore.
+//
+// "set" writes a property, "get" reads one with the caller's default when the
+// key is missing. Reads are expected in write order, which makes each lookup
+// a single comparison; any other order still works by search. A read of a
+// stored value of another numeric kind converts it; a string never converts
+// to a number. Properties that no read consumed are reported by the document
+// reader as unknown keys.
+class KVXSaveLoadXml {
+public:
+    enum class Type : unsigned char { Int, Int64, Bool, Double, Vector, String, Handles };
+
+    struct Property {
+        QString key;
+        Type type = Type::Int;
+        bool consumed = false;
+        qint64 integer = 0;
+        double number[3] = {0.0, 0.0, 0.0};
+        QString text;
+        std::vector<PfDbHandle> handles;
+    };
+
+    void setInt(const QString& key, int value);
+    void setInt64(const QString& key, qint64 value);
+    void setBool(const QString& key, bool value);
+    void setDouble(const QString& key, double value);
+    void setVector(const QString& key, const vpe::CVec3<double>& value);
+    void setString(const QString& key, const QString& value);
+    void setWString(const QString& key, const std::wstring& value);
+    void setHandles(const QString& key, const std::vector<PfDbHandle>& handles);
+
+    int getInt(const QString& key, int defaultValue = 0);
+    qint64 getInt64(const QString& key, qint64 defaultValue = 0);
+    bool getBool(const QString& key, bool defaultValue = false);
+    double getDouble(const QString& key, double defaultValue = 0.0);
+    vpe::CVec3<double> getVector(const QString& key, const vpe::CVec3<double>& defaultValue = {0.0, 0.0, 0.0});
+    QString getString(const QString& key, const QString& defaultValue = QString());
+    std::wstring getWString(const QString& key, const std::wstring& defaultValue = std::wstring());
+    std::vector<PfDbHandle> getHandles(const QString& key);
+
+    bool contains(const QString& key) const;
+    void clear();
+    // Starts reading again from the first property; marks nothing consumed.
+    void rewind();
+    std::size_t size() const { return m_properties.size(); }
+    const std::vector<Property>& properties() const { return m_properties; }
+    std::vector<Property>& properties() { return m_properties; }
+    QStringList unconsumedKeys() const;
+
+private:
+    Property& append(const QString& key, Type type);
+    Property* find(const QString& key, Type wanted);
+
+    std::vector<Property> m_properties;
+    std::size_t m_cursor = 0;
+};
+
+// The archive a database object saves into and loads from.
+using PfDbArchive = KVXSaveLoadXml;

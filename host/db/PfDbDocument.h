@@ -1,0 +1,42 @@
+#pragma once
+
+#include "PfDbHandle.h"
+#include "PfDbSelectionSet.h"
+
+#include <QString>
+
+#include <memory>
+
+class PfDbDatabase;
+class PfDbObject;
+
+// An open document: its database, the file it came from, the selection and
+// the highlighted set.
+class PfDbDocument {
+public:
+    enum OpenMode { kForRead = 0, kForWrite = 1 };
+
+    PfDbDocument();
+    PfDbDocument(std::unique_ptr<PfDbDatabase> database, const QString& filePath);
+    ~PfDbDocument();
+    PfDbDocument(const PfDbDocument&) = delete;
+    PfDbDocument& operator=(const PfDbDocument&) = delete;
+
+    PfDbDatabase* GetDatabase() const { return m_database.get(); }
+    // Null for an unknown or erased id. Opening for write inside a
+    // transaction records the object's state for undo.
+    PfDbObject* GetItem(PfDbHandle id, OpenMode mode = kForRead) const;
+
+    PfDbSelectionSet& GetSelectionSet() { return m_selection; }
+    PfDbSelectionSet& GetHighlightedSet() { return m_highlighted; }
+
+    const QString& FilePath() const { return m_filePath; }
+    // Writes the document atomically; on success it remembers the path.
+    bool Save(const QString& filePath, QString* error = nullptr);
+
+private:
+    std::unique_ptr<PfDbDatabase> m_database;
+    QString m_filePath;
+    PfDbSelectionSet m_selection;
+    PfDbSelectionSet m_highlighted;
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "PfDbEntity.h"
+
+#include <string>
+
+// A named model element: what a planner picks and lists by name.
+class PfDbElement : public PfDbEntity {
+    PFRX_DECLARE_MEMBERS(PfDbElement)
+public:
+    const std::wstring& GetName() const { return m_name; }
+    void SetName(const std::wstring& name) { m_name = name; }
+
+    Pfad::Error Save(KVXSaveLoadXml& archive) override;
+    Pfad::Error Load(KVXSaveLoadXml& archive) override;
+
+private:
+    std::wstring m_name;
+};

@@ -1,0 +1,24 @@
+#include "PfDbEntity.h"
+
+#include "KVXSaveLoadXml.h"
+#include "host/rx/PfRxClass.h"
+
+PFRX_DEFINE_HOST_MEMBERS(PfDbEntity, PfDbObject, &PfRxCreateInstance<PfDbEntity>)
+
+namespace {
+const QString kVisibleKey = QStringLiteral("Entity_Visible");
+}
+
+Pfad::Error PfDbEntity::Save(KVXSaveLoadXml& archive)
+{
+    PfDbObject::Save(archive);
+    archive.setBool(kVisibleKey, m_visible);
+    return Pfad::eOk;
+}
+
+Pfad::Error PfDbEntity::Load(KVXSaveLoadXml& archive)
+{
+    PfDbObject::Load(archive);
+    m_visible = archive.getBool(kVisibleKey, true);
+    return Pfad::eOk;
+}

@@ -1,0 +1,125 @@
+#include "PfDbTransactionManager.h"
+
+#include "PfDbTransaction.h"
+#include "PfDbTransactionReactor.h"
+
+#include <algorithm>
+
+PfDbTransactionManager::PfDbTransactionManager(PfDbDatabase* database) : m_database(database) {}
+
+PfDbTransactionManager::~PfDbTransactionManager() = default;
+
+template <class Call>
+void PfDbTransactionManager::notify(Call call)
+{
+    // A copy: a reactor may detach itself while being told.
+    const std::vector<PfDbTransactionReactor*> reactors = m_reactors;
+    for (PfDbTransactionReactor* reactor : reactors)
+        call(reactor);
+}
+
+PfDbTransaction* PfDbTransactionManager::StartTransaction()
+{
+    notify([this](PfDbTransactionReactor* r) { r->TransactionAboutToStart(m_database); });
+    m_active.push_back(std::make_unique<PfDbTransaction>(m_database));
+    notify([this](PfDbTransactionReactor* r) { r->TransactionStarted(m_database); });
+    return m_active.back().get();
+}
+
+Pfad::Error PfDbTransactionManager::EndTransaction()
+{
+    if (m_active.empty())
+        return Pfad::eNotInTransaction;
+    notify([this](PfDbTransactionReactor* r) { r->TransactionAboutToEnd(m_database); });
+    std::unique_ptr<PfDbTransaction> ended = std::move(m_active.back());
+    m_active.pop_back();
+    if (!m_active.empty()) {
+        ended->mergeInto(*m_active.back());
+    } else {
+        notify([this](PfDbTransactionReactor* r) { r->EndCalledOnOutermostTransaction(m_database); });
+        if (!ended->IsEmpty()) {
+            ended->captureAfter();
+            m_undo.push_back(std::move(ended));
+            m_redo.clear();
+        }
+    }
+    notify([this](PfDbTransactionReactor* r) { r->TransactionEnded(m_database); });
+    return Pfad::eOk;
+}
+
+Pfad::Error PfDbTransactionManager::AbortTransaction()
+{
+    if (m_active.empty())
+        return Pfad::eNotInTransaction;
+    notify([this](PfDbTransactionReactor* r) { r->TransactionAboutToAbort(m_database); });
+    std::unique_ptr<PfDbTransaction> aborted = std::move(m_active.back());
+    m_active.pop_back();
+    m_restoring = true;
+    aborted->restore(true);
+    m_restoring = false;
+    notify([this](PfDbTransactionReactor* r) { r->TransactionAborted(m_database); });
+    return Pfad::eOk;
+}
+
+PfDbTransaction* PfDbTransactionManager::TopTransaction() const
+{
+    return m_active.empty() ? nullptr : m_active.back().get();
+}
+
+bool PfDbTransactionManager::Undo(int count)
+{
+    if (!CanUndo() || count < 1)
+        return false;
+    std::vector<PfDbTransaction*> undone;
+    m_restoring = true;
+    while (count-- > 0 && !m_undo.empty()) {
+        m_undo.back()->restore(true);
+        undone.push_back(m_undo.back().get());
+        m_redo.push_back(std::move(m_undo.back()));
+        m_undo.pop_back();
+    }
+    m_restoring = false;
+    notify([&](PfDbTransactionReactor* r) { r->TransactionUndone(m_database, undone); });
+    return true;
+}
+
+bool PfDbTransactionManager::Redo(int count)
+{
+    if (!CanRedo() || count < 1)
+        return false;
+    std::vector<PfDbTransaction*> redone;
+    m_restoring = true;
+    while (count-- > 0 && !m_redo.empty()) {
+        m_redo.back()->restore(false);
+        redone.push_back(m_redo.back().get());
+        m_undo.push_back(std::move(m_redo.back()));
+        m_redo.pop_back();
+    }
+    m_restoring = false;
+    notify([&](PfDbTransactionReactor* r) { r->TransactionRedone(m_database, redone); });
+    return true;
+}
+
+void PfDbTransactionManager::ClearUndoHistory()
+{
+    m_undo.clear();
+    m_redo.clear();
+}
+
+void PfDbTransactionManager::AddReactor(PfDbTransactionReactor* reactor)
+{
+    if (reactor && std::find(m_reactors.begin(), m_reactors.end(), reactor) == m_reactors.end())
+        m_reactors.push_back(reactor);
+}
+
+void PfDbTransactionManager::RemoveReactor(PfDbTransactionReactor* reactor)
+{
+    m_reactors.erase(std::remove(m_reactors.begin(), m_reactors.end(), reactor), m_reactors.end());
+}
+
+void PfDbTransactionManager::ObjectTouched(PfDbObject* object, bool isNew)
+{
+    if (m_active.empty() || m_restoring)
+        return;
+    m_active.back()->record(object, isNew);
+}

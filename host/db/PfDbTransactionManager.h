@@ -1,0 +1,57 @@
+#pragma once
+
+#include "host/rx/PfadError.h"
+
+#include <memory>
+#include <vector>
+
+class PfDbDatabase;
+class PfDbObject;
+class PfDbTransaction;
+class PfDbTransactionReactor;
+
+// Transactions of one database and its undo history.
+//
+// Transactions nest: an inner one that ends folds into the outer one, an
+// inner one that aborts restores only what it touched. When the outermost
+// one ends, every touched object's state after is taken and the transaction
+// becomes one step of undo (and the redo steps are dropped). Undo and redo
+// are refused while a transaction is open.
+class PfDbTransactionManager {
+public:
+    explicit PfDbTransactionManager(PfDbDatabase* database);
+    ~PfDbTransactionManager();
+
+    PfDbTransaction* StartTransaction();
+    Pfad::Error EndTransaction();
+    Pfad::Error AbortTransaction();
+    PfDbTransaction* TopTransaction() const;
+    int NumActiveTransactions() const { return static_cast<int>(m_active.size()); }
+
+    bool CanUndo() const { return !m_undo.empty() && m_active.empty(); }
+    bool CanRedo() const { return !m_redo.empty() && m_active.empty(); }
+    // Undoes (redoes) up to count steps; false when none could be.
+    bool Undo(int count = 1);
+    bool Redo(int count = 1);
+    void ClearUndoHistory();
+    std::size_t UndoSteps() const { return m_undo.size(); }
+    std::size_t RedoSteps() const { return m_redo.size(); }
+
+    void AddReactor(PfDbTransactionReactor* reactor);
+    void RemoveReactor(PfDbTransactionReactor* reactor);
+
+    // Called by the database and its objects when an object is added (isNew)
+    // or about to change: the innermost transaction keeps its state before.
+    void ObjectTouched(PfDbObject* object, bool isNew);
+
+private:
+    template <class Call>
+    void notify(Call call);
+
+    PfDbDatabase* m_database;
+    std::vector<std::unique_ptr<PfDbTransaction>> m_active;
+    std::vector<std::unique_ptr<PfDbTransaction>> m_undo;
+    std::vector<std::unique_ptr<PfDbTransaction>> m_redo;
+    std::vector<PfDbTransactionReactor*> m_reactors;
+    bool m_restoring = false;
+};

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+// Process-wide facts of the running application. The temporary project
+// directory holds what a project makes while it is open (key-frame
+// thumbnails, for instance); it is created when first asked for.
+class KVXGlobalInfo {
+public:
+    static KVXGlobalInfo* getInstance();
+
+    // No trailing separator. Empty only when the directory cannot be made.
+    std::wstring getTempProjectPath();
+    // Chooses another directory (tests, or a project that keeps its own).
+    void setTempProjectPath(const std::wstring& path);
+
+private:
+    KVXGlobalInfo() = default;
+
+    std::wstring m_tempProjectPath;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "KVX3DElementObject.h"
+
+// A tower crane: where it stands (the foot of the mast), how high its tower
+// is and how long its jib. The being-animated byte marks the crane as driven
+// by one animation callback at a time; it is a playback flag, not saved.
+class KVXTowerCraneObject : public KVX3DElementObject {
+    PFRX_DECLARE_MEMBERS(KVXTowerCraneObject)
+public:
+    const vpe::CVec3<double>& GetPosition() const { return m_position; }
+    void SetPosition(const vpe::CVec3<double>& position) { m_position = position; }
+    int GetTowerHeight() const { return m_towerHeight; }
+    void SetTowerHeight(int height) { m_towerHeight = height; }
+    double GetJibLength() const { return m_jibLength; }
+    void SetJibLength(double length) { m_jibLength = length; }
+    unsigned char GetBeingAnimated() const { return m_beingAnimated; }
+    void SetBeingAnimated(unsigned char value) { m_beingAnimated = value; }
+
+    Pfad::Error CopyFrom(const PfRxObject* other) override;
+
+    void getElementPropertys(KVXSaveLoadXml& xml) override;
+    void setElementPropertys(KVXSaveLoadXml& xml) override;
+
+private:
+    vpe::CVec3<double> m_position{0.0, 0.0, 0.0};
+    int m_towerHeight = 40000;
+    double m_jibLength = 50000.0;
+    unsigned char m_beingAnimated = 0;
+};
