@@ -4,6 +4,7 @@
 #include "host/vpe/CVec3.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <string>
 #include <vector>

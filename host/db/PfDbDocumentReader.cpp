@@ -238,29 +238,19 @@ bool PfDbDocumentReader::readProperty(int index)
     }
     property.type = type;
 
-    QString owned;
-    QStringRef text;
-    if (!readText(owned, text))
+    if (!readText())
         return false;
-    return parseValue(property, text);
+    return parseValue(property, QStringRef(&m_text));
 }
 
-bool PfDbDocumentReader::readText(QString& owned, QStringRef& text)
+bool PfDbDocumentReader::readText()
 {
-    // One characters token in the common case; entities may split the text.
-    int pieces = 0;
+    // The reader's text is only valid until its next token: gather it in a
+    // buffer that keeps its capacity from one property to the next.
+    m_text.resize(0);
     while (!m_xml.atEnd()) {
         switch (m_xml.readNext()) {
-        case QXmlStreamReader::Characters:
-            if (pieces++ == 0) {
-                text = m_xml.text();
-            } else {
-                if (pieces == 2)
-                    owned = text.toString();
-                owned += m_xml.text();
-                text = QStringRef(&owned);
-            }
-            break;
+        case QXmlStreamReader::Characters: m_text.append(m_xml.text()); break;
         case QXmlStreamReader::EndElement: return true;
         case QXmlStreamReader::StartElement: return fail(QStringLiteral("a property holds an element"));
         default: break;
@@ -291,7 +281,7 @@ bool PfDbDocumentReader::parseValue(KVXSaveLoadXml::Property& property, QStringR
     case T::Vector:
         return parseDoubles(text, property.number, 3) || bad("three numbers");
     case T::String:
-        property.text = text.toString();
+        property.text = m_text;
         return true;
     case T::Handles:
         for (const QStringRef& piece : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {

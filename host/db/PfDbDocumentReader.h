@@ -32,7 +32,7 @@ private:
     bool readBody();
     bool readObject();
     bool readProperty(int index);
-    bool readText(QString& owned, QStringRef& text);
+    bool readText();
     bool parseValue(KVXSaveLoadXml::Property& property, QStringRef text);
     bool readManager();
     bool resolveReferences();
@@ -48,6 +48,7 @@ private:
     PfDbHandle m_modelSpace = kPfDbNullHandle;
     KVXSaveLoadXml m_properties;
     std::vector<QString> m_keyCache;
+    QString m_text;
     QString m_lastClassName;
     PfRxClass* m_lastClass = nullptr;
     std::map<std::wstring, PfDbHandle> m_managers;

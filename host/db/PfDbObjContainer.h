@@ -3,6 +3,7 @@
 #include "PfDbObject.h"
 
 #include <cstddef>
+#include <iterator>
 #include <vector>
 
 // A database object that owns other database objects, in insertion order.
@@ -13,9 +14,16 @@ class PfDbObjContainer : public PfDbObject {
 public:
     class Iterator {
     public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = PfDbObject*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = PfDbObject**;
+        using reference = PfDbObject*;
+
         Iterator(const PfDbObjContainer* container, std::size_t index);
         PfDbObject* operator*() const;
         Iterator& operator++();
+        bool operator==(const Iterator& other) const { return m_index == other.m_index; }
         bool operator!=(const Iterator& other) const { return m_index != other.m_index; }
 
     private:

@@ -1,0 +1,281 @@
+#include "host/db/KVXSaveLoadXml.h"
+#include "host/db/PfDbDatabase.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbDocumentFile.h"
+#include "host/db/PfDbLoadReport.h"
+#include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDocManager.h"
+#include "host/model/KVX3dsBaseObject.h"
+#include "host/model/KVXTowerCraneObject.h"
+#include "host/model/PfDbBuildingInstance.h"
+#include "host/rx/PfRxClass.h"
+
+#include "tests/support/QtPrinters.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace {
+
+std::unique_ptr<PfDbDatabase> readText(const QByteArray& text, PfDbLoadReport* report, QString* error)
+{
+    QBuffer buffer;
+    buffer.setData(text);
+    buffer.open(QIODevice::ReadOnly);
+    return PfDbDocumentFile::Read(buffer, report, error);
+}
+
+QByteArray writeText(PfDbDatabase& database)
+{
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    EXPECT_TRUE(PfDbDocumentFile::Write(database, buffer));
+    return buffer.data();
+}
+
+void fillSite(PfDbDatabase& database)
+{
+    auto* crane = new KVXTowerCraneObject();
+    crane->SetName(L"塔吊 & <TC-1> \"north\"");
+    crane->SetPosition({12345.678, -0.1, 1e-300});
+    crane->SetTowerHeight(42000);
+    crane->SetJibLength(std::numeric_limits<double>::max());
+    crane->SetColor(QColor(1, 2, 3, 4));
+    crane->SetTransparency(35);
+    crane->SetPoints({{0, 0, 0}, {1, 2, 3}, {0.1, 0.2, 0.3}});
+    crane->SetClosed(true);
+    database.GetModelSpace()->Add(crane);
+    auto* truck = new KVX3dsBaseObject();
+    truck->SetName(L"truck");
+    truck->SetSourcePath(L"/models/truck\r\n.3ds");
+    database.GetModelSpace()->Add(truck);
+    auto* building = new PfDbBuildingInstance();
+    building->SetName(L"B1");
+    building->SetRotation(-90.0);
+    database.GetModelSpace()->Add(building);
+    auto* hidden = new KVX3DElementObject();
+    hidden->SetVisibility(false);
+    database.GetModelSpace()->Add(hidden);
+    auto* gone = new KVX3DElementObject();
+    database.GetModelSpace()->Add(gone);
+    gone->Erase();
+    auto* manager = new PfDbObjContainer();
+    database.AddObjManager(L"SITE_NOTES", manager);
+    manager->Add(new PfDbBuildingInstance());
+}
+
+// Every live object by handle with everything it saves.
+std::map<PfDbHandle, QStringList> contents(PfDbDatabase& database)
+{
+    std::map<PfDbHandle, QStringList> all;
+    for (PfDbObject* object : database.AllObjects()) {
+        if (object->IsErased())
+            continue;
+        KVXSaveLoadXml xml;
+        object->Save(xml);
+        QStringList& lines = all[object->GetHandle()];
+        lines << QString::fromStdWString(object->IsA()->Name());
+        for (const auto& p : xml.properties()) {
+            QString line = QStringLiteral("%1=%2|%3,%4,%5|%6").arg(p.key).arg(p.integer).arg(p.number[0], 0, 'g', 17)
+                               .arg(p.number[1], 0, 'g', 17).arg(p.number[2], 0, 'g', 17).arg(p.text);
+            // Erased items stay listed in memory but are not part of the file.
+            for (PfDbHandle h : p.handles) {
+                if (database.OpenObject(h))
+                    line += QStringLiteral(" %1").arg(h);
+            }
+            lines << line;
+        }
+    }
+    return all;
+}
+
+TEST(DocumentFile, roundTripKeepsEveryObjectAndKey)
+{
+    PfDbDatabase original;
+    fillSite(original);
+    PfDbLoadReport report;
+    QString error;
+    auto loaded = readText(writeText(original), &report, &error);
+    ASSERT_NE(loaded, nullptr) << error.toStdString();
+    EXPECT_TRUE(report.IsEmpty()) << report.Messages().join('\n').toStdString();
+
+    auto expected = contents(original);
+    // The erased element is not part of the file, nor listed in the model space.
+    EXPECT_EQ(contents(*loaded), expected);
+    EXPECT_EQ(loaded->GetModelSpace()->Size(), 4u);
+    ASSERT_NE(loaded->GetObjManager(L"SITE_NOTES"), nullptr);
+    EXPECT_EQ(loaded->GetObjManager(L"SITE_NOTES")->Size(), 1u);
+    EXPECT_EQ(loaded->NextHandle(), original.NextHandle());
+}
+
+TEST(DocumentFile, newObjectsAfterLoadingGetFreshHandles)
+{
+    PfDbDatabase original;
+    fillSite(original);
+    auto loaded = readText(writeText(original), nullptr, nullptr);
+    ASSERT_NE(loaded, nullptr);
+    // The erased element's handle was not written but is still not reused.
+    EXPECT_GE(loaded->AddObject(new KVX3DElementObject()), original.NextHandle());
+}
+
+struct DamagedFile {
+    const char* name;
+    QByteArray text;
+    const char* problem;
+};
+
+class DamagedFiles : public ::testing::TestWithParam<DamagedFile> {};
+
+TEST_P(DamagedFiles, areRefusedWithTheProblemNamed)
+{
+    QString error;
+    PfDbLoadReport report;
+    EXPECT_EQ(readText(GetParam().text, &report, &error), nullptr);
+    EXPECT_TRUE(error.contains(QLatin1String(GetParam().problem))) << error.toStdString();
+    EXPECT_TRUE(error.startsWith(QLatin1String("line "))) << error.toStdString();
+}
+
+const QByteArray kHead = "<kvx-document version=\"1\" next-handle=\"9\" model-space=\"1\">"
+                         "<object class=\"PfDbObjContainer\" handle=\"1\"><h k=\"Container_Items\">2</h></object>";
+
+QByteArray withCrane(const QByteArray& property)
+{
+    return kHead + "<object class=\"KVXTowerCraneObject\" handle=\"2\">" + property + "</object></kvx-document>";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    DocumentFile, DamagedFiles,
+    ::testing::Values(
+        DamagedFile{"empty", "", "not a KVX document"},
+        DamagedFile{"notXml", "this is not xml at all", "not a KVX document"},
+        DamagedFile{"wrongRoot", "<project version=\"1\"/>", "root element is <project>"},
+        DamagedFile{"truncated", withCrane("<i k=\"TowerCrane_TowerHeight\">4200").left(150), "damaged"},
+        DamagedFile{"badInteger", withCrane("<i k=\"TowerCrane_TowerHeight\">forty</i>"), "\"forty\" is not a 32-bit integer"},
+        DamagedFile{"integerOverflow", withCrane("<i k=\"TowerCrane_TowerHeight\">99999999999</i>"), "32-bit"},
+        DamagedFile{"badDouble", withCrane("<d k=\"TowerCrane_JibLength\">1.5.2</d>"), "is not a number"},
+        DamagedFile{"shortVector", withCrane("<v k=\"TowerCrane_Position\">1 2</v>"), "three numbers"},
+        DamagedFile{"badBool", withCrane("<b k=\"Entity_Visible\">yes</b>"), "boolean"},
+        DamagedFile{"keyless", withCrane("<i>3</i>"), "no key"},
+        DamagedFile{"sameHandleTwice",
+                    kHead + "<object class=\"KVX3DElementObject\" handle=\"1\"/></kvx-document>", "used by two objects"},
+        DamagedFile{"noModelSpace", "<kvx-document version=\"1\" next-handle=\"9\" model-space=\"4\"/>",
+                    "model space (handle 4) is missing"},
+        DamagedFile{"newerFormat", "<kvx-document version=\"7\" next-handle=\"9\" model-space=\"1\"/>", "format 7"},
+        DamagedFile{"trailingGarbage", kHead + "</kvx-document><extra/>", "damaged"}),
+    [](const ::testing::TestParamInfo<DamagedFile>& info) { return std::string(info.param.name); });
+
+TEST(DocumentFile, unknownClassesAndKeysAreSkippedAndReported)
+{
+    const QByteArray text = kHead +
+                            "<object class=\"FutureThing\" handle=\"3\"><i k=\"x\">1</i></object>"
+                            "<object class=\"FutureThing\" handle=\"4\"/>"
+                            "<object class=\"KVXTowerCraneObject\" handle=\"2\">"
+                            "<i k=\"TowerCrane_TowerHeight\">4200</i><s k=\"TowerCrane_Brand\">x</s></object>"
+                            "<gadget/></kvx-document>";
+    PfDbLoadReport report;
+    QString error;
+    auto database = readText(text, &report, &error);
+    ASSERT_NE(database, nullptr) << error.toStdString();
+    auto* crane = KVXTowerCraneObject::Cast(database->OpenObject(2));
+    ASSERT_NE(crane, nullptr);
+    EXPECT_EQ(crane->GetTowerHeight(), 4200);
+    EXPECT_EQ(database->OpenObject(3), nullptr);
+    EXPECT_EQ(report.Count(PfDbLoadReport::UnknownClassMessage(QStringLiteral("FutureThing"))), 2);
+    EXPECT_EQ(report.Count(PfDbLoadReport::UnknownKeyMessage(QStringLiteral("KVXTowerCraneObject"),
+                                                             QStringLiteral("TowerCrane_Brand"))),
+              1);
+    EXPECT_EQ(report.Messages().size(), 3);
+}
+
+TEST(DocumentFile, itemsOfSkippedObjectsAreDropped)
+{
+    const QByteArray text = "<kvx-document version=\"1\" next-handle=\"9\" model-space=\"1\">"
+                            "<object class=\"PfDbObjContainer\" handle=\"1\"><h k=\"Container_Items\">2 3</h></object>"
+                            "<object class=\"FutureThing\" handle=\"3\"/>"
+                            "<object class=\"KVX3DElementObject\" handle=\"2\"/></kvx-document>";
+    PfDbLoadReport report;
+    auto database = readText(text, &report, nullptr);
+    ASSERT_NE(database, nullptr);
+    EXPECT_EQ(database->GetModelSpace()->ItemHandles(), std::vector<PfDbHandle>{2});
+}
+
+class FailingDevice : public QIODevice {
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64) override
+    {
+        setErrorString(QStringLiteral("disk full"));
+        return -1;
+    }
+};
+
+TEST(DocumentFile, aFailingWriteIsReported)
+{
+    PfDbDatabase database;
+    fillSite(database);
+    FailingDevice device;
+    device.open(QIODevice::WriteOnly);
+    QString error;
+    EXPECT_FALSE(PfDbDocumentFile::Write(database, device, &error));
+    EXPECT_TRUE(error.contains(QLatin1String("disk full"))) << error.toStdString();
+}
+
+TEST(DocumentFile, savingWhereNothingCanBeWrittenKeepsTheOldFile)
+{
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("site.kvx"));
+    PfDbDocument document;
+    fillSite(*document.GetDatabase());
+    ASSERT_TRUE(document.Save(path));
+    const QByteArray saved = [&] {
+        QFile f(path);
+        f.open(QIODevice::ReadOnly);
+        return f.readAll();
+    }();
+
+    QString error;
+    EXPECT_FALSE(document.Save(path + QStringLiteral("/inside-a-file.kvx"), &error));
+    EXPECT_TRUE(error.contains(QLatin1String("cannot write"))) << error.toStdString();
+    EXPECT_EQ(document.FilePath(), path);
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_EQ(f.readAll(), saved);
+}
+
+TEST(DocumentFile, aRefusedFileLeavesTheOpenDocumentsAlone)
+{
+    QTemporaryDir directory;
+    const QString good = directory.filePath(QStringLiteral("good.kvx"));
+    const QString bad = directory.filePath(QStringLiteral("bad.kvx"));
+    {
+        PfDbDocument document;
+        fillSite(*document.GetDatabase());
+        ASSERT_TRUE(document.Save(good));
+    }
+    QFile badFile(bad);
+    ASSERT_TRUE(badFile.open(QIODevice::WriteOnly));
+    badFile.write(withCrane("<i k=\"TowerCrane_TowerHeight\">oops</i>"));
+    badFile.close();
+
+    PfDocManager* manager = PfDocManagerPtr();
+    PfDbDocument* current = manager->OpenDocument(good);
+    ASSERT_NE(current, nullptr);
+    const auto before = contents(*current->GetDatabase());
+    QString error;
+    EXPECT_EQ(manager->OpenDocument(bad, nullptr, &error), nullptr);
+    EXPECT_TRUE(error.contains(QLatin1String("bad.kvx"))) << error.toStdString();
+    EXPECT_TRUE(error.contains(QLatin1String("oops"))) << error.toStdString();
+    EXPECT_EQ(manager->OpenDocument(directory.filePath(QStringLiteral("missing.kvx")), nullptr, &error), nullptr);
+    EXPECT_TRUE(error.contains(QLatin1String("cannot open"))) << error.toStdString();
+    EXPECT_EQ(manager->CurrentDocument(), current);
+    EXPECT_EQ(manager->Documents().size(), 1u);
+    EXPECT_EQ(contents(*current->GetDatabase()), before);
+    manager->CloseAll();
+}
+
+} // namespace
