@@ -9,8 +9,8 @@ class PfDbLoadReport;
 class QIODevice;
 
 // The document file (.kvx): one XML file holding every live object of a
-// database by class name and handle with its properties in write order, then
-// the named object managers.
+// database by class name and handle with its properties in write order, one
+// object per line, then the named object managers.
 //
 //   <kvx-document version="1" next-handle="42" model-space="1">
 //     <object class="KVXAnimation" handle="7">

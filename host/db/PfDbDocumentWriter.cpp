@@ -78,7 +78,7 @@ void PfDbDocumentWriter::writeObject(PfDbObject* object)
     m_buffer += className(object->IsA());
     m_buffer += "\" handle=\"";
     appendInteger(static_cast<qint64>(object->GetHandle()));
-    m_buffer += "\">\n";
+    m_buffer += "\">";
     for (const KVXSaveLoadXml::Property& property : m_properties.properties())
         writeProperty(property);
     m_buffer += "</object>\n";
@@ -110,7 +110,7 @@ void PfDbDocumentWriter::writeProperty(const KVXSaveLoadXml::Property& property)
     }
     m_buffer += "</";
     m_buffer += tag;
-    m_buffer += ">\n";
+    m_buffer += '>';
 }
 
 void PfDbDocumentWriter::writeHandles(const std::vector<PfDbHandle>& handles)

@@ -6,7 +6,7 @@
 PFRX_DEFINE_HOST_MEMBERS(PfDbElement, PfDbEntity, &PfRxCreateInstance<PfDbElement>)
 
 namespace {
-const QString kNameKey = QStringLiteral("Element_Name");
+const QString kNameKey = QStringLiteral("Name");
 }
 
 Pfad::Error PfDbElement::Save(KVXSaveLoadXml& archive)

@@ -6,7 +6,7 @@
 PFRX_DEFINE_HOST_MEMBERS(PfDbEntity, PfDbObject, &PfRxCreateInstance<PfDbEntity>)
 
 namespace {
-const QString kVisibleKey = QStringLiteral("Entity_Visible");
+const QString kVisibleKey = QStringLiteral("Visible");
 }
 
 Pfad::Error PfDbEntity::Save(KVXSaveLoadXml& archive)

@@ -12,12 +12,12 @@
 PFRX_DEFINE_HOST_MEMBERS(KVXBaseObject, KVXElementObject, &PfRxCreateInstance<KVXBaseObject>)
 
 namespace {
-const QString kColorKey = QStringLiteral("BaseObject_Color");
-const QString kLineTypeKey = QStringLiteral("BaseObject_LineType");
-const QString kLineWidthKey = QStringLiteral("BaseObject_LineWidth");
-const QString kClosedKey = QStringLiteral("BaseObject_Closed");
-const QString kPointCountKey = QStringLiteral("BaseObject_PointCount");
-const QString kPointKeyPrefix = QStringLiteral("BaseObject_Point_");
+const QString kColorKey = QStringLiteral("Color");
+const QString kLineTypeKey = QStringLiteral("LineType");
+const QString kLineWidthKey = QStringLiteral("LineWidth");
+const QString kClosedKey = QStringLiteral("Closed");
+const QString kPointCountKey = QStringLiteral("PointCount");
+const QString kPointKeyPrefix = QStringLiteral("Point_");
 } // namespace
 
 Pfad::Error KVXBaseObject::CopyFrom(const PfRxObject* other)

@@ -159,7 +159,7 @@ INSTANTIATE_TEST_SUITE_P(
         DamagedFile{"integerOverflow", withCrane("<i k=\"TowerCrane_TowerHeight\">99999999999</i>"), "32-bit"},
         DamagedFile{"badDouble", withCrane("<d k=\"TowerCrane_JibLength\">1.5.2</d>"), "is not a number"},
         DamagedFile{"shortVector", withCrane("<v k=\"TowerCrane_Position\">1 2</v>"), "three numbers"},
-        DamagedFile{"badBool", withCrane("<b k=\"Entity_Visible\">yes</b>"), "boolean"},
+        DamagedFile{"badBool", withCrane("<b k=\"Visible\">yes</b>"), "boolean"},
         DamagedFile{"keyless", withCrane("<i>3</i>"), "no key"},
         DamagedFile{"sameHandleTwice",
                     kHead + "<object class=\"KVX3DElementObject\" handle=\"1\"/></kvx-document>", "used by two objects"},

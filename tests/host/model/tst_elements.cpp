@@ -109,8 +109,8 @@ TEST(Elements, copyFromCopiesWhatTheClassesShare)
 TEST(Elements, damagedPointCountDoesNotRunAway)
 {
     KVXSaveLoadXml xml;
-    xml.setInt(QStringLiteral("BaseObject_PointCount"), 2000000000);
-    xml.setVector(QStringLiteral("BaseObject_Point_0"), {1, 2, 3});
+    xml.setInt(QStringLiteral("PointCount"), 2000000000);
+    xml.setVector(QStringLiteral("Point_0"), {1, 2, 3});
     KVXBaseObject object;
     object.Load(xml);
     ASSERT_LE(object.GetPointCount(), xml.size());
