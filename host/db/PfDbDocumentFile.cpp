@@ -49,5 +49,6 @@ std::unique_ptr<PfDbDatabase> PfDbDocumentFile::Read(const QString& filePath, Pf
 
 std::unique_ptr<PfDbDatabase> PfDbDocumentFile::Read(QIODevice& device, PfDbLoadReport* report, QString* error)
 {
-    return PfDbDocumentReader(device, report).Read(error);
+    const QByteArray content = device.readAll();
+    return PfDbDocumentReader(content, report).Read(error);
 }

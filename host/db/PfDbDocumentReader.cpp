@@ -8,62 +8,63 @@
 #include "host/rx/PfRxClass.h"
 
 #include <charconv>
-#include <cmath>
 
 namespace {
 
-// Numbers are ASCII; anything else is not a number.
-bool toLatin1(const QStringRef& text, char* buffer, std::size_t capacity, std::size_t& length)
+QString text(std::string_view bytes) { return QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size())); }
+
+std::string_view trimmed(std::string_view s)
 {
-    if (static_cast<std::size_t>(text.size()) >= capacity)
+    const auto first = s.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos)
+        return std::string_view();
+    return s.substr(first, s.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+bool parseInteger(std::string_view s, qint64& value)
+{
+    s = trimmed(s);
+    if (s.empty())
         return false;
-    length = 0;
-    for (const QChar c : text) {
-        if (c.unicode() >= 0x80)
-            return false;
-        buffer[length++] = static_cast<char>(c.unicode());
-    }
+    const auto result = std::from_chars(s.data(), s.data() + s.size(), value);
+    return result.ec == std::errc() && result.ptr == s.data() + s.size();
+}
+
+bool parseHandle(std::string_view s, PfDbHandle& handle)
+{
+    qint64 value = 0;
+    if (!parseInteger(s, value) || value <= 0)
+        return false;
+    handle = static_cast<PfDbHandle>(value);
     return true;
 }
 
-bool parseInteger(const QStringRef& text, qint64& value)
+// Parses count numbers separated by white space, nothing else.
+bool parseDoubles(std::string_view s, double* values, int count)
 {
-    char buffer[32];
-    std::size_t length = 0;
-    if (!toLatin1(text.trimmed(), buffer, sizeof buffer, length) || length == 0)
-        return false;
-    const auto result = std::from_chars(buffer, buffer + length, value);
-    return result.ec == std::errc() && result.ptr == buffer + length;
-}
-
-// Parses count doubles separated by blanks.
-bool parseDoubles(const QStringRef& text, double* values, int count)
-{
-    char buffer[128];
-    std::size_t length = 0;
-    if (!toLatin1(text, buffer, sizeof buffer, length))
-        return false;
-    const char* p = buffer;
-    const char* end = buffer + length;
-    for (int i = 0; i < count; ++i) {
-        while (p < end && (*p == ' ' || *p == '\n' || *p == '\t'))
+    const char* p = s.data();
+    const char* end = p + s.size();
+    auto skipSpace = [&] {
+        while (p < end && (*p == ' ' || *p == '\n' || *p == '\t' || *p == '\r'))
             ++p;
+    };
+    for (int i = 0; i < count; ++i) {
+        skipSpace();
         const auto result = std::from_chars(p, end, values[i]);
         if (result.ec != std::errc())
             return false;
         p = result.ptr;
     }
-    while (p < end && (*p == ' ' || *p == '\n' || *p == '\t'))
-        ++p;
+    skipSpace();
     return p == end;
 }
 
-bool typeOfTag(const QStringRef& tag, KVXSaveLoadXml::Type& type)
+bool typeOfTag(std::string_view tag, KVXSaveLoadXml::Type& type)
 {
     using T = KVXSaveLoadXml::Type;
     if (tag.size() != 1)
         return false;
-    switch (tag.at(0).unicode()) {
+    switch (tag[0]) {
     case 'i': type = T::Int; return true;
     case 'l': type = T::Int64; return true;
     case 'b': type = T::Bool; return true;
@@ -77,7 +78,8 @@ bool typeOfTag(const QStringRef& tag, KVXSaveLoadXml::Type& type)
 
 } // namespace
 
-PfDbDocumentReader::PfDbDocumentReader(QIODevice& device, PfDbLoadReport* report) : m_xml(&device), m_report(report)
+PfDbDocumentReader::PfDbDocumentReader(const QByteArray& content, PfDbLoadReport* report)
+    : m_content(content), m_xml(m_content.constData(), m_content.constData() + m_content.size()), m_report(report)
 {
 }
 
@@ -109,25 +111,21 @@ void PfDbDocumentReader::report(const QString& note)
 
 bool PfDbDocumentReader::readRoot()
 {
-    if (!m_xml.readNextStartElement()) {
-        if (m_xml.hasError())
-            return fail(QStringLiteral("not a KVX document: %1").arg(m_xml.errorString()));
-        return fail(QStringLiteral("not a KVX document: the file is empty"));
-    }
-    if (m_xml.name() != QLatin1String("kvx-document"))
-        return fail(QStringLiteral("not a KVX document: the root element is <%1>").arg(m_xml.name()));
-    const QXmlStreamAttributes attributes = m_xml.attributes();
+    if (!m_xml.readNextStartElement())
+        return fail(QStringLiteral("not a KVX document: %1").arg(m_xml.errorString()));
+    if (m_xml.name() != "kvx-document")
+        return fail(QStringLiteral("not a KVX document: the root element is <%1>").arg(text(m_xml.name())));
     qint64 version = 0;
-    if (!parseInteger(attributes.value(QLatin1String("version")), version) || version < 1)
+    if (!parseInteger(m_xml.attribute("version"), version) || version < 1)
         return fail(QStringLiteral("the document has no valid format version"));
     if (version > PfDbDocumentFile::kFormatVersion)
         return fail(QStringLiteral("the document was written in format %1, newer than this program reads (%2)")
                         .arg(version)
                         .arg(PfDbDocumentFile::kFormatVersion));
     PfDbHandle next = kPfDbNullHandle;
-    if (!parseHandle(attributes.value(QLatin1String("next-handle")), next))
+    if (!parseHandle(m_xml.attribute("next-handle"), next))
         return fail(QStringLiteral("the document has no valid next-handle"));
-    if (!parseHandle(attributes.value(QLatin1String("model-space")), m_modelSpace))
+    if (!parseHandle(m_xml.attribute("model-space"), m_modelSpace))
         return fail(QStringLiteral("the document names no valid model space"));
     m_database->SetNextHandle(next);
     return true;
@@ -136,52 +134,39 @@ bool PfDbDocumentReader::readRoot()
 bool PfDbDocumentReader::readBody()
 {
     while (m_xml.readNextStartElement()) {
-        const QStringRef name = m_xml.name();
-        if (name == QLatin1String("object")) {
+        const std::string_view name = m_xml.name();
+        if (name == "object") {
             if (!readObject())
                 return false;
-        } else if (name == QLatin1String("manager")) {
+        } else if (name == "manager") {
             if (!readManager())
                 return false;
         } else {
-            report(QStringLiteral("skipped unknown element <%1>").arg(name));
+            report(QStringLiteral("skipped unknown element <%1>").arg(text(name)));
             m_xml.skipCurrentElement();
         }
     }
-    if (m_xml.hasError())
-        return fail(QStringLiteral("the file is damaged: %1").arg(m_xml.errorString()));
-    // The root must close, and nothing but whitespace and comments follow it.
-    while (!m_xml.atEnd())
-        m_xml.readNext();
-    if (m_xml.hasError())
+    if (!m_xml.readToEnd())
         return fail(QStringLiteral("the file is damaged: %1").arg(m_xml.errorString()));
     return true;
 }
 
-PfRxClass* PfDbDocumentReader::lookupClass(const QStringRef& name)
+PfRxClass* PfDbDocumentReader::lookupClass(std::string_view name)
 {
     if (name != m_lastClassName) {
-        m_lastClassName = name.toString();
-        m_lastClass = PfRxLookupClass(m_lastClassName.toStdWString().c_str());
+        m_lastClassName = std::string(name);
+        m_lastClassText = text(name);
+        m_lastClass = PfRxLookupClass(m_lastClassText.toStdWString().c_str());
     }
     return m_lastClass;
 }
 
-bool PfDbDocumentReader::parseHandle(const QStringRef& text, PfDbHandle& handle)
-{
-    qint64 value = 0;
-    if (!parseInteger(text, value) || value <= 0)
-        return false;
-    handle = static_cast<PfDbHandle>(value);
-    return true;
-}
-
 bool PfDbDocumentReader::readObject()
 {
-    const QXmlStreamAttributes attributes = m_xml.attributes();
-    const QStringRef className = attributes.value(QLatin1String("class"));
+    PfRxClass* cls = lookupClass(m_xml.attribute("class"));
+    const QString className = m_lastClassText;
     PfDbHandle handle = kPfDbNullHandle;
-    if (!parseHandle(attributes.value(QLatin1String("handle")), handle))
+    if (!parseHandle(m_xml.attribute("handle"), handle))
         return fail(QStringLiteral("object of class %1 has no valid handle").arg(className));
     if (m_database->OpenObject(handle, true))
         return fail(QStringLiteral("handle %1 is used by two objects").arg(handle));
@@ -195,19 +180,18 @@ bool PfDbDocumentReader::readObject()
     if (m_xml.hasError())
         return fail(QStringLiteral("the file is damaged: %1").arg(m_xml.errorString()));
 
-    PfRxClass* cls = lookupClass(className);
     PfRxObject* created = cls ? cls->Create() : nullptr;
     auto* object = dynamic_cast<PfDbObject*>(created);
     if (!object) {
         delete created;
-        report(PfDbLoadReport::UnknownClassMessage(className.toString()));
+        report(PfDbLoadReport::UnknownClassMessage(className));
         return true;
     }
     object->Load(m_properties);
     m_database->AddObjectWithHandle(object, handle);
     if (m_report) {
         for (const QString& key : m_properties.unconsumedKeys())
-            m_report->AddUnknownKey(m_lastClassName, key);
+            m_report->AddUnknownKey(className, key);
     }
     return true;
 }
@@ -216,77 +200,63 @@ bool PfDbDocumentReader::readProperty(int index)
 {
     KVXSaveLoadXml::Type type;
     if (!typeOfTag(m_xml.name(), type)) {
-        report(QStringLiteral("skipped property of unknown type <%1>").arg(m_xml.name()));
+        report(QStringLiteral("skipped property of unknown type <%1>").arg(text(m_xml.name())));
         m_xml.skipCurrentElement();
         return true;
     }
-    const QStringRef key = m_xml.attributes().value(QLatin1String("k"));
-    if (key.isEmpty())
+    const std::string_view key = m_xml.attribute("k");
+    if (key.empty())
         return fail(QStringLiteral("a property has no key"));
 
     auto& properties = m_properties.properties();
     properties.emplace_back();
     KVXSaveLoadXml::Property& property = properties.back();
     // Objects of one class repeat the same keys in the same order: share them.
-    if (index < static_cast<int>(m_keyCache.size()) && m_keyCache[index] == key) {
-        property.key = m_keyCache[index];
-    } else {
-        property.key = key.toString();
-        if (index >= static_cast<int>(m_keyCache.size()))
-            m_keyCache.resize(index + 1);
-        m_keyCache[index] = property.key;
+    if (index >= static_cast<int>(m_keyCache.size()))
+        m_keyCache.resize(index + 1);
+    auto& cached = m_keyCache[index];
+    if (cached.first != key) {
+        cached.first = std::string(key);
+        cached.second = text(key);
     }
+    property.key = cached.second;
     property.type = type;
 
-    if (!readText())
-        return false;
-    return parseValue(property, QStringRef(&m_text));
+    std::string_view value;
+    if (!m_xml.readElementText(value))
+        return fail(QStringLiteral("the file is damaged: %1").arg(m_xml.errorString()));
+    return parseValue(property, value);
 }
 
-bool PfDbDocumentReader::readText()
-{
-    // The reader's text is only valid until its next token: gather it in a
-    // buffer that keeps its capacity from one property to the next.
-    m_text.resize(0);
-    while (!m_xml.atEnd()) {
-        switch (m_xml.readNext()) {
-        case QXmlStreamReader::Characters: m_text.append(m_xml.text()); break;
-        case QXmlStreamReader::EndElement: return true;
-        case QXmlStreamReader::StartElement: return fail(QStringLiteral("a property holds an element"));
-        default: break;
-        }
-    }
-    return fail(QStringLiteral("the file is damaged: %1").arg(m_xml.errorString()));
-}
-
-bool PfDbDocumentReader::parseValue(KVXSaveLoadXml::Property& property, QStringRef text)
+bool PfDbDocumentReader::parseValue(KVXSaveLoadXml::Property& property, std::string_view value)
 {
     using T = KVXSaveLoadXml::Type;
     auto bad = [&](const char* what) {
-        return fail(QStringLiteral("\"%1\" is not %2 (key \"%3\")").arg(text.left(40), QLatin1String(what), property.key));
+        return fail(QStringLiteral("\"%1\" is not %2 (key \"%3\")")
+                        .arg(text(value.substr(0, 40)), QLatin1String(what), property.key));
     };
     switch (property.type) {
     case T::Int:
-        if (!parseInteger(text, property.integer) || property.integer != static_cast<int>(property.integer))
+        if (!parseInteger(value, property.integer) || property.integer != static_cast<int>(property.integer))
             return bad("a 32-bit integer");
         return true;
-    case T::Int64:
-        return parseInteger(text, property.integer) || bad("a 64-bit integer");
+    case T::Int64: return parseInteger(value, property.integer) || bad("a 64-bit integer");
     case T::Bool:
-        if (!parseInteger(text, property.integer) || (property.integer != 0 && property.integer != 1))
+        if (!parseInteger(value, property.integer) || (property.integer != 0 && property.integer != 1))
             return bad("a boolean (0 or 1)");
         return true;
-    case T::Double:
-        return parseDoubles(text, property.number, 1) || bad("a number");
-    case T::Vector:
-        return parseDoubles(text, property.number, 3) || bad("three numbers");
-    case T::String:
-        property.text = m_text;
-        return true;
+    case T::Double: return parseDoubles(value, property.number, 1) || bad("a number");
+    case T::Vector: return parseDoubles(value, property.number, 3) || bad("three numbers");
+    case T::String: property.text = text(value); return true;
     case T::Handles:
-        for (const QStringRef& piece : text.split(QLatin1Char(' '), Qt::SkipEmptyParts)) {
+        for (std::size_t start = 0; start < value.size();) {
+            const std::size_t space = std::min(value.find(' ', start), value.size());
+            const std::string_view piece = value.substr(start, space - start);
+            start = space + 1;
+            if (trimmed(piece).empty())
+                continue;
             PfDbHandle handle = kPfDbNullHandle;
-            if (!parseHandle(piece.trimmed(), handle))
+            if (!parseHandle(piece, handle))
                 return bad("a list of handles");
             property.handles.push_back(handle);
         }
@@ -297,10 +267,9 @@ bool PfDbDocumentReader::parseValue(KVXSaveLoadXml::Property& property, QStringR
 
 bool PfDbDocumentReader::readManager()
 {
-    const QXmlStreamAttributes attributes = m_xml.attributes();
-    const QString name = attributes.value(QLatin1String("name")).toString();
+    const QString name = text(m_xml.attribute("name"));
     PfDbHandle handle = kPfDbNullHandle;
-    if (name.isEmpty() || !parseHandle(attributes.value(QLatin1String("handle")), handle))
+    if (name.isEmpty() || !parseHandle(m_xml.attribute("handle"), handle))
         return fail(QStringLiteral("an object manager has no valid name or handle"));
     m_managers[name.toStdWString()] = handle;
     m_xml.skipCurrentElement();

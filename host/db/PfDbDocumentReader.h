@@ -1,19 +1,20 @@
 #pragma once
 
 #include "KVXSaveLoadXml.h"
+#include "PfDbXmlScanner.h"
 
+#include <QByteArray>
 #include <QString>
-#include <QXmlStreamReader>
 
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class PfDbDatabase;
 class PfDbLoadReport;
 class PfRxClass;
-class QIODevice;
 
 // Reads a document file (format in PfDbDocumentFile.h) into a new database.
 // Any fault of the file itself (not XML, another root, a truncated file, a
@@ -22,7 +23,7 @@ class QIODevice;
 // are skipped and reported instead.
 class PfDbDocumentReader {
 public:
-    PfDbDocumentReader(QIODevice& device, PfDbLoadReport* report);
+    PfDbDocumentReader(const QByteArray& content, PfDbLoadReport* report);
     ~PfDbDocumentReader();
 
     std::unique_ptr<PfDbDatabase> Read(QString* error);
@@ -32,24 +33,23 @@ private:
     bool readBody();
     bool readObject();
     bool readProperty(int index);
-    bool readText();
-    bool parseValue(KVXSaveLoadXml::Property& property, QStringRef text);
+    bool parseValue(KVXSaveLoadXml::Property& property, std::string_view text);
     bool readManager();
     bool resolveReferences();
-    PfRxClass* lookupClass(const QStringRef& name);
-    bool parseHandle(const QStringRef& text, PfDbHandle& handle);
+    PfRxClass* lookupClass(std::string_view name);
     bool fail(const QString& message);
     void report(const QString& note);
 
-    QXmlStreamReader m_xml;
+    QByteArray m_content;
+    PfDbXmlScanner m_xml;
     PfDbLoadReport* m_report;
     std::unique_ptr<PfDbDatabase> m_database;
     QString m_error;
     PfDbHandle m_modelSpace = kPfDbNullHandle;
     KVXSaveLoadXml m_properties;
-    std::vector<QString> m_keyCache;
-    QString m_text;
-    QString m_lastClassName;
+    std::vector<std::pair<std::string, QString>> m_keyCache;
+    std::string m_lastClassName;
+    QString m_lastClassText;
     PfRxClass* m_lastClass = nullptr;
     std::map<std::wstring, PfDbHandle> m_managers;
 };

@@ -169,6 +169,20 @@ INSTANTIATE_TEST_SUITE_P(
         DamagedFile{"trailingGarbage", kHead + "</kvx-document><extra/>", "damaged"}),
     [](const ::testing::TestParamInfo<DamagedFile>& info) { return std::string(info.param.name); });
 
+TEST(DocumentFile, everyTruncatedCopyIsRefused)
+{
+    PfDbDatabase original;
+    fillSite(original);
+    const QByteArray whole = writeText(original);
+    // The root's end tag is the last thing written: any shorter copy lacks it.
+    const int lastTag = whole.lastIndexOf("</kvx-document>");
+    for (int length = 0; length <= lastTag; ++length) {
+        QString error;
+        ASSERT_EQ(readText(whole.left(length), nullptr, &error), nullptr) << "accepted a copy cut at " << length;
+        ASSERT_FALSE(error.isEmpty());
+    }
+}
+
 TEST(DocumentFile, unknownClassesAndKeysAreSkippedAndReported)
 {
     const QByteArray text = kHead +
