@@ -3,6 +3,9 @@
 #include "PfRxAbort.h"
 #include "PfRxDictionary.h"
 
+#include <memory>
+#include <vector>
+
 PFRX_DEFINE_HOST_MEMBERS(PfRxClass, PfRxObject, nullptr)
 
 namespace {
@@ -50,7 +53,10 @@ void PfRxInitClass(PfRxClass*& cache, const wchar_t* name, const wchar_t* parent
 void PfRxUninitClass(PfRxClass*& cache, const wchar_t* name)
 {
     PfRxClass* cls = cache ? cache : PfRxLookupClass(name);
-    DeletePfRxClass(cls);
+    // A cache that outlived its registration (a second unload) names a
+    // retired descriptor: there is nothing left to delete.
+    if (cls && cls == PfRxLookupClass(name))
+        DeletePfRxClass(cls);
 }
 
 PfRxClass* NewPfRxClass(const wchar_t* name, const wchar_t* parentName, int, PfRxFactory factory, void*, void*)
@@ -74,7 +80,13 @@ void DeletePfRxClass(PfRxClass* cls)
         if (other->Parent() == cls)
             other->SetParent(nullptr);
     }
-    delete cls;
+    // Classes keep their descriptor cached after unregistering, and objects
+    // of an unloaded class may still ask for it: the descriptor is retired,
+    // never freed, so those pointers stay valid (and match no registered
+    // class). A few descriptors per module load is all it costs.
+    cls->SetParent(nullptr);
+    static std::vector<std::unique_ptr<PfRxClass>> retired;
+    retired.emplace_back(cls);
 }
 
 void PfRxBuildClassHierarchy()

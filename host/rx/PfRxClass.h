@@ -35,7 +35,7 @@ PfRxClass* NewPfRxClass(const wchar_t* name, const wchar_t* parentName, int prox
                         void* reserved1, void* reserved2);
 
 // Removes the descriptor from "ClassDictionary" (when it is the one entered
-// there) and deletes it; classes derived from it lose their parent link.
+// there) and retires it; classes derived from it lose their parent link.
 void DeletePfRxClass(PfRxClass* cls);
 
 // Links every registered class to its parent by name.
