@@ -8,6 +8,7 @@
 
 #include <QIODevice>
 
+#include <algorithm>
 #include <charconv>
 
 namespace {
@@ -129,26 +130,7 @@ void PfDbDocumentWriter::writeHandles(const std::vector<PfDbHandle>& handles)
 
 void PfDbDocumentWriter::appendEscaped(const QString& text)
 {
-    for (const QChar c : text) {
-        const ushort u = c.unicode();
-        if (u >= 0x80) {
-            // Rare in keys and values: take the slow path for the whole text.
-            const QByteArray utf8 = text.toUtf8();
-            for (const char b : utf8) {
-                switch (b) {
-                case '&': m_buffer += "&amp;"; break;
-                case '<': m_buffer += "&lt;"; break;
-                case '>': m_buffer += "&gt;"; break;
-                case '"': m_buffer += "&quot;"; break;
-                case '\r': m_buffer += "&#13;"; break;
-                default: m_buffer += b;
-                }
-            }
-            return;
-        }
-    }
-    for (const QChar c : text) {
-        const char b = static_cast<char>(c.unicode());
+    auto append = [this](char b) {
         switch (b) {
         case '&': m_buffer += "&amp;"; break;
         case '<': m_buffer += "&lt;"; break;
@@ -157,7 +139,16 @@ void PfDbDocumentWriter::appendEscaped(const QString& text)
         case '\r': m_buffer += "&#13;"; break;
         default: m_buffer += b;
         }
+    };
+    // Keys and most values are ASCII: write them without converting.
+    const bool ascii = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() < 0x80; });
+    if (ascii) {
+        for (const QChar c : text)
+            append(static_cast<char>(c.unicode()));
+        return;
     }
+    for (const char b : text.toUtf8())
+        append(b);
 }
 
 void PfDbDocumentWriter::appendInteger(qint64 value)

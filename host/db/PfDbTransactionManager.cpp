@@ -70,15 +70,7 @@ bool PfDbTransactionManager::Undo(int count)
 {
     if (!CanUndo() || count < 1)
         return false;
-    std::vector<PfDbTransaction*> undone;
-    m_restoring = true;
-    while (count-- > 0 && !m_undo.empty()) {
-        m_undo.back()->restore(true);
-        undone.push_back(m_undo.back().get());
-        m_redo.push_back(std::move(m_undo.back()));
-        m_undo.pop_back();
-    }
-    m_restoring = false;
+    const std::vector<PfDbTransaction*> undone = replay(m_undo, m_redo, count, true);
     notify([&](PfDbTransactionReactor* r) { r->TransactionUndone(m_database, undone); });
     return true;
 }
@@ -87,17 +79,23 @@ bool PfDbTransactionManager::Redo(int count)
 {
     if (!CanRedo() || count < 1)
         return false;
-    std::vector<PfDbTransaction*> redone;
-    m_restoring = true;
-    while (count-- > 0 && !m_redo.empty()) {
-        m_redo.back()->restore(false);
-        redone.push_back(m_redo.back().get());
-        m_undo.push_back(std::move(m_redo.back()));
-        m_redo.pop_back();
-    }
-    m_restoring = false;
+    const std::vector<PfDbTransaction*> redone = replay(m_redo, m_undo, count, false);
     notify([&](PfDbTransactionReactor* r) { r->TransactionRedone(m_database, redone); });
     return true;
+}
+
+std::vector<PfDbTransaction*> PfDbTransactionManager::replay(Steps& from, Steps& to, int count, bool before)
+{
+    std::vector<PfDbTransaction*> replayed;
+    m_restoring = true;
+    while (count-- > 0 && !from.empty()) {
+        from.back()->restore(before);
+        replayed.push_back(from.back().get());
+        to.push_back(std::move(from.back()));
+        from.pop_back();
+    }
+    m_restoring = false;
+    return replayed;
 }
 
 void PfDbTransactionManager::ClearUndoHistory()

@@ -45,13 +45,18 @@ public:
     void ObjectTouched(PfDbObject* object, bool isNew);
 
 private:
+    using Steps = std::vector<std::unique_ptr<PfDbTransaction>>;
+
     template <class Call>
     void notify(Call call);
+    // Restores up to count steps from the top of one stack (their states
+    // before, or after) and moves them onto the other.
+    std::vector<PfDbTransaction*> replay(Steps& from, Steps& to, int count, bool before);
 
     PfDbDatabase* m_database;
-    std::vector<std::unique_ptr<PfDbTransaction>> m_active;
-    std::vector<std::unique_ptr<PfDbTransaction>> m_undo;
-    std::vector<std::unique_ptr<PfDbTransaction>> m_redo;
+    Steps m_active;
+    Steps m_undo;
+    Steps m_redo;
     std::vector<PfDbTransactionReactor*> m_reactors;
     bool m_restoring = false;
 };

@@ -290,10 +290,9 @@ bool PfDbXmlScanner::readNextStartElement()
             if (!skipProcessingInstruction())
                 return false;
         } else if (startsWith("<![CDATA[")) {
-            const char* close = std::search(m_pos, m_end, "]]>", "]]>" + 3);
-            if (close == m_end)
-                return fail("unterminated CDATA section");
-            m_pos = close + 3;
+            std::string_view ignored;
+            if (!readCdata(ignored))
+                return false;
         } else if (startsWith("</")) {
             readEndTag();
             return false;
@@ -303,6 +302,17 @@ bool PfDbXmlScanner::readNextStartElement()
             return readStartTag();
         }
     }
+}
+
+bool PfDbXmlScanner::readCdata(std::string_view& content)
+{
+    const char* start = m_pos + 9;
+    const char* close = std::search(start, m_end, "]]>", "]]>" + 3);
+    if (close == m_end)
+        return fail("unterminated CDATA section");
+    content = std::string_view(start, static_cast<std::size_t>(close - start));
+    m_pos = close + 3;
+    return true;
 }
 
 bool PfDbXmlScanner::appendReference(std::string& out, const char*& p, const char* end)
@@ -410,11 +420,10 @@ bool PfDbXmlScanner::readElementText(std::string_view& text)
             if (!skipComment())
                 return false;
         } else if (startsWith("<![CDATA[")) {
-            const char* close = std::search(m_pos, m_end, "]]>", "]]>" + 3);
-            if (close == m_end)
-                return fail("unterminated CDATA section");
-            m_text.append(m_pos + 9, static_cast<std::size_t>(close - m_pos - 9));
-            m_pos = close + 3;
+            std::string_view content;
+            if (!readCdata(content))
+                return false;
+            m_text.append(content);
         } else if (startsWith("<?")) {
             if (!skipProcessingInstruction())
                 return false;

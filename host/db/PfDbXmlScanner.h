@@ -50,6 +50,7 @@ private:
     bool skipComment();
     bool skipProcessingInstruction();
     bool readProlog();
+    bool readCdata(std::string_view& content);
     bool readName(std::string_view& name);
     bool readStartTag();
     bool readEndTag();

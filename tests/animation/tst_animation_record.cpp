@@ -1,5 +1,4 @@
 #include "animation/KVXAnimation.h"
-#include "animation/KVXEntryPoint.h"
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
@@ -7,6 +6,9 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfGiWorldDraw.h"
+
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
 
 #include <QDate>
 #include <QString>
@@ -21,20 +23,7 @@
 #include <string>
 #include <utility>
 
-static void PrintTo(const QDate& date, std::ostream* os)
-{
-    *os << (date.isValid() ? date.toString(Qt::ISODate).toStdString() : std::string("invalid date"));
-}
-
-static void PrintTo(const QString& text, std::ostream* os) { *os << '"' << text.toStdString() << '"'; }
-
 namespace {
-
-class ModuleEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override { ASSERT_EQ(PfRxEntryPoint(1, nullptr), 0); }
-};
-::testing::Environment* const kModuleEnvironment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
 
 using Type = KVXSaveLoadXml::Type;
 

@@ -1,4 +1,3 @@
-#include "animation/KVXEntryPoint.h"
 #include "animation/KVXTowerAnimation.h"
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/db/PfDbDatabase.h"
@@ -13,6 +12,9 @@
 #include "keyframe/KVXCameraKeyFramesTrack.h"
 #include "keyframe/KVXDateKeyFramesTrack.h"
 
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
+
 #include <QDate>
 #include <QTemporaryDir>
 
@@ -25,18 +27,7 @@
 #include <string>
 #include <vector>
 
-static void PrintTo(const QDate& date, std::ostream* os)
-{
-    *os << (date.isValid() ? date.toString(Qt::ISODate).toStdString() : std::string("invalid date"));
-}
-
 namespace {
-
-class ModuleEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override { ASSERT_EQ(PfRxEntryPoint(1, nullptr), 0); }
-};
-::testing::Environment* const kModuleEnvironment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
 
 // What a live object writes of itself, by handle.
 struct SavedObject {

@@ -1,6 +1,8 @@
-#include "animation/KVXEntryPoint.h"
 #include "animation/KVXTowerAnimation.h"
 #include "host/db/KVXSaveLoadXml.h"
+
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
 
 #include <QDate>
 #include <QList>
@@ -13,18 +15,7 @@
 #include <ostream>
 #include <string>
 
-static void PrintTo(const QDate& date, std::ostream* os)
-{
-    *os << (date.isValid() ? date.toString(Qt::ISODate).toStdString() : std::string("invalid date"));
-}
-
 namespace {
-
-class ModuleEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override { ASSERT_EQ(PfRxEntryPoint(1, nullptr), 0); }
-};
-::testing::Environment* const kModuleEnvironment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
 
 KVXTowerLiftingData step(const QDate& date, int height)
 {

@@ -1,4 +1,3 @@
-#include "animation/KVXEntryPoint.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbLoadReport.h"
@@ -8,6 +7,9 @@
 #include "host/model/KVX3DElementObject.h"
 #include "keyframe/KVXCameraKeyFramesTrack.h"
 #include "keyframe/KVXDateKeyFramesTrack.h"
+
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
 
 #include <QTemporaryDir>
 
@@ -19,12 +21,6 @@
 #include <vector>
 
 namespace {
-
-class ModuleEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override { ASSERT_EQ(PfRxEntryPoint(1, nullptr), 0); }
-};
-::testing::Environment* const kModuleEnvironment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
 
 const wchar_t* const kDateTrackName = L"DATE_ANIMATION_KEY_FRAME_CONTAINER";
 const wchar_t* const kCameraTrackName = L"CAMERA_ANIMATION_KEY_FRAME_CONTAINER";

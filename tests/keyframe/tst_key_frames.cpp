@@ -1,9 +1,11 @@
-#include "animation/KVXEntryPoint.h"
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/model/KVXGlobalInfo.h"
 #include "keyframe/KVXCameraKeyFrame.h"
 #include "keyframe/KVXDateKeyFrame.h"
+
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
 
 #include <QDate>
 #include <QString>
@@ -20,18 +22,7 @@
 #include <utility>
 #include <vector>
 
-static void PrintTo(const QDate& date, std::ostream* os)
-{
-    *os << (date.isValid() ? date.toString(Qt::ISODate).toStdString() : std::string("invalid date"));
-}
-
 namespace {
-
-class ModuleEnvironment : public ::testing::Environment {
-public:
-    void SetUp() override { ASSERT_EQ(PfRxEntryPoint(1, nullptr), 0); }
-};
-::testing::Environment* const kModuleEnvironment = ::testing::AddGlobalTestEnvironment(new ModuleEnvironment);
 
 using Type = KVXSaveLoadXml::Type;
 

@@ -12,3 +12,10 @@ inline void PrintTo(const QStringList& list, std::ostream* out)
 {
     *out << '[' << list.join(QStringLiteral(", ")).toStdString() << ']';
 }
+
+#include <QDate>
+
+inline void PrintTo(const QDate& date, std::ostream* out)
+{
+    *out << (date.isValid() ? date.toString(Qt::ISODate).toStdString() : std::string("invalid date"));
+}
