@@ -108,22 +108,25 @@ void PfDbXmlScanner::skipSpace()
         ++m_pos;
 }
 
+bool PfDbXmlScanner::skipPast(std::string_view terminator, const char* unterminated)
+{
+    const char* close = std::search(m_pos, m_end, terminator.begin(), terminator.end());
+    if (close == m_end)
+        return fail(unterminated);
+    m_pos = close + terminator.size();
+    return true;
+}
+
 bool PfDbXmlScanner::skipComment()
 {
-    const char* close = std::search(m_pos + 4, m_end, "-->", "-->" + 3);
-    if (close == m_end)
-        return fail("unterminated comment");
-    m_pos = close + 3;
-    return true;
+    m_pos += 4;
+    return skipPast("-->", "unterminated comment");
 }
 
 bool PfDbXmlScanner::skipProcessingInstruction()
 {
-    const char* close = std::search(m_pos + 2, m_end, "?>", "?>" + 2);
-    if (close == m_end)
-        return fail("unterminated processing instruction");
-    m_pos = close + 2;
-    return true;
+    m_pos += 2;
+    return skipPast("?>", "unterminated processing instruction");
 }
 
 // Space, comments and processing instructions between elements.

@@ -47,6 +47,7 @@ private:
     bool startsWith(std::string_view text) const;
     void skipSpace();
     bool skipMisc();
+    bool skipPast(std::string_view terminator, const char* unterminated);
     bool skipComment();
     bool skipProcessingInstruction();
     bool readProlog();
