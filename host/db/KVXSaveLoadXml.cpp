@@ -66,6 +66,11 @@ void KVXSaveLoadXml::setHandles(const QString& key, const std::vector<PfDbHandle
     append(key, Type::Handles).handles = handles;
 }
 
+void KVXSaveLoadXml::setNumbers(const QString& key, const std::vector<double>& numbers)
+{
+    append(key, Type::Numbers).numbers = numbers;
+}
+
 KVXSaveLoadXml::Property* KVXSaveLoadXml::find(const QString& key, Type wanted)
 {
     Property* found = nullptr;
@@ -132,6 +137,12 @@ std::vector<PfDbHandle> KVXSaveLoadXml::getHandles(const QString& key)
 {
     const Property* p = find(key, Type::Handles);
     return p ? p->handles : std::vector<PfDbHandle>();
+}
+
+std::vector<double> KVXSaveLoadXml::getNumbers(const QString& key)
+{
+    const Property* p = find(key, Type::Numbers);
+    return p ? p->numbers : std::vector<double>();
 }
 
 bool KVXSaveLoadXml::contains(const QString& key) const

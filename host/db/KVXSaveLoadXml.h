@@ -21,7 +21,7 @@
 // reader as unknown keys.
 class KVXSaveLoadXml {
 public:
-    enum class Type : unsigned char { Int, Int64, Bool, Double, Vector, String, Handles };
+    enum class Type : unsigned char { Int, Int64, Bool, Double, Vector, String, Handles, Numbers };
 
     struct Property {
         QString key;
@@ -31,6 +31,7 @@ public:
         double number[3] = {0.0, 0.0, 0.0};
         QString text;
         std::vector<PfDbHandle> handles;
+        std::vector<double> numbers;
     };
 
     void setInt(const QString& key, int value);
@@ -41,6 +42,8 @@ public:
     void setString(const QString& key, const QString& value);
     void setWString(const QString& key, const std::wstring& value);
     void setHandles(const QString& key, const std::vector<PfDbHandle>& handles);
+    // A list of numbers (coordinates, indices): one property, not one per value.
+    void setNumbers(const QString& key, const std::vector<double>& numbers);
 
     int getInt(const QString& key, int defaultValue = 0);
     qint64 getInt64(const QString& key, qint64 defaultValue = 0);
@@ -50,6 +53,7 @@ public:
     QString getString(const QString& key, const QString& defaultValue = QString());
     std::wstring getWString(const QString& key, const std::wstring& defaultValue = std::wstring());
     std::vector<PfDbHandle> getHandles(const QString& key);
+    std::vector<double> getNumbers(const QString& key);
 
     bool contains(const QString& key) const;
     void clear();

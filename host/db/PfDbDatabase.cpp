@@ -79,7 +79,7 @@ Pfad::Error PfDbDatabase::EraseObject(PfDbObject* object, bool erasing)
     return Pfad::eOk;
 }
 
-void PfDbDatabase::notifyModified(PfDbObject* object)
+void PfDbDatabase::NotifyModified(PfDbObject* object)
 {
     const std::vector<PfDbDatabaseReactor*> reactors = m_reactors;
     for (PfDbDatabaseReactor* reactor : reactors)

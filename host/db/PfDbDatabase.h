@@ -44,6 +44,9 @@ public:
     Pfad::Error AddObjManager(const std::wstring& name, PfDbObjContainer* manager);
     const std::map<std::wstring, PfDbHandle>& ObjManagers() const { return m_managers; }
 
+    // Tells the reactors that the object changed (its views draw it again).
+    void NotifyModified(PfDbObject* object);
+
     void AddReactor(PfDbDatabaseReactor* reactor);
     void RemoveReactor(PfDbDatabaseReactor* reactor);
     PfDbTransactionManager* TransactionManager() const { return m_transactions.get(); }
@@ -59,8 +62,6 @@ public:
     void ReserveObjects(std::size_t count);
 
 private:
-    friend class PfDbTransaction;
-    void notifyModified(PfDbObject* object);
     void adopt(PfDbObject* object, PfDbHandle handle);
 
     std::unordered_map<PfDbHandle, std::unique_ptr<PfDbObject>> m_objects;

@@ -3,6 +3,7 @@
 #include "PfDbDatabase.h"
 #include "PfDbDocumentFile.h"
 #include "PfDbObject.h"
+#include "PfGsView.h"
 
 PfDbDocument::PfDbDocument() : m_database(std::make_unique<PfDbDatabase>()) {}
 
@@ -12,6 +13,8 @@ PfDbDocument::PfDbDocument(std::unique_ptr<PfDbDatabase> database, const QString
 }
 
 PfDbDocument::~PfDbDocument() = default;
+
+void PfDbDocument::SetActiveView(std::unique_ptr<PfGsView> view) { m_activeView = std::move(view); }
 
 PfDbObject* PfDbDocument::GetItem(PfDbHandle id, OpenMode mode) const
 {

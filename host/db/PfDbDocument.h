@@ -9,6 +9,7 @@
 
 class PfDbDatabase;
 class PfDbObject;
+class PfGsView;
 
 // An open document: its database, the file it came from, the selection and
 // the highlighted set.
@@ -27,6 +28,10 @@ public:
     // transaction records the object's state for undo.
     PfDbObject* GetItem(PfDbHandle id, OpenMode mode = kForRead) const;
 
+    // The view the document is shown in; null until one is attached.
+    PfGsView* GetActiveView() const { return m_activeView.get(); }
+    void SetActiveView(std::unique_ptr<PfGsView> view);
+
     PfDbSelectionSet& GetSelectionSet() { return m_selection; }
     PfDbSelectionSet& GetHighlightedSet() { return m_highlighted; }
 
@@ -36,6 +41,8 @@ public:
 
 private:
     std::unique_ptr<PfDbDatabase> m_database;
+    // Declared after the database: the view is a reactor of it and goes first.
+    std::unique_ptr<PfGsView> m_activeView;
     QString m_filePath;
     PfDbSelectionSet m_selection;
     PfDbSelectionSet m_highlighted;

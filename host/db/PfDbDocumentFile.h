@@ -16,7 +16,7 @@ class QIODevice;
 //     <object class="KVXAnimation" handle="7">
 //       <i k="AnimationNumber">3</i>        i int, l int64, b bool (0/1),
 //       <d k="AnimationLayerHeight">1000</d> d double, v "x y z", s text,
-//       <h k="Container_Items">7 9</h>     h handles
+//       <h k="Container_Items">7 9</h>     h handles, n numbers
 //     </object>
 //     <manager name="DATE_ANIMATION_KEY_FRAME_CONTAINER" handle="9"/>
 //   </kvx-document>

@@ -59,6 +59,24 @@ bool parseDoubles(std::string_view s, double* values, int count)
     return p == end;
 }
 
+bool parseNumberList(std::string_view s, std::vector<double>& numbers)
+{
+    const char* p = s.data();
+    const char* end = p + s.size();
+    for (;;) {
+        while (p < end && (*p == ' ' || *p == '\n' || *p == '\t' || *p == '\r'))
+            ++p;
+        if (p == end)
+            return true;
+        double value = 0.0;
+        const auto result = std::from_chars(p, end, value);
+        if (result.ec != std::errc())
+            return false;
+        numbers.push_back(value);
+        p = result.ptr;
+    }
+}
+
 bool typeOfTag(std::string_view tag, KVXSaveLoadXml::Type& type)
 {
     using T = KVXSaveLoadXml::Type;
@@ -72,6 +90,7 @@ bool typeOfTag(std::string_view tag, KVXSaveLoadXml::Type& type)
     case 'v': type = T::Vector; return true;
     case 's': type = T::String; return true;
     case 'h': type = T::Handles; return true;
+    case 'n': type = T::Numbers; return true;
     default: return false;
     }
 }
@@ -248,6 +267,7 @@ bool PfDbDocumentReader::parseValue(KVXSaveLoadXml::Property& property, std::str
     case T::Double: return parseDoubles(value, property.number, 1) || bad("a number");
     case T::Vector: return parseDoubles(value, property.number, 3) || bad("three numbers");
     case T::String: property.text = text(value); return true;
+    case T::Numbers: return parseNumberList(value, property.numbers) || bad("a list of numbers");
     case T::Handles:
         for (std::size_t start = 0; start < value.size();) {
             const std::size_t space = std::min(value.find(' ', start), value.size());

@@ -26,6 +26,7 @@ char typeTag(KVXSaveLoadXml::Type type)
     case T::Vector: return 'v';
     case T::String: return 's';
     case T::Handles: return 'h';
+    case T::Numbers: return 'n';
     }
     return 's';
 }
@@ -108,6 +109,13 @@ void PfDbDocumentWriter::writeProperty(const KVXSaveLoadXml::Property& property)
         break;
     case T::String: appendEscaped(property.text); break;
     case T::Handles: writeHandles(property.handles); break;
+    case T::Numbers:
+        for (std::size_t i = 0; i < property.numbers.size(); ++i) {
+            if (i)
+                m_buffer += ' ';
+            appendDouble(property.numbers[i]);
+        }
+        break;
     }
     m_buffer += "</";
     m_buffer += tag;

@@ -2,6 +2,7 @@
 
 #include "PfDbDatabase.h"
 #include "PfDbTransactionManager.h"
+#include "PfGsView.h"
 #include "host/rx/PfRxClass.h"
 
 PFRX_DEFINE_HOST_MEMBERS(PfDbObject, PfRxObject, nullptr)
@@ -20,6 +21,11 @@ void PfDbObject::AssertWriteEnabled()
 {
     if (m_database)
         m_database->TransactionManager()->ObjectTouched(this, false);
+}
+
+osg::Node* PfDbObject::GetSceneNode(const PfGsView* view) const
+{
+    return view && m_database ? view->GetSceneNode(m_handle) : nullptr;
 }
 
 Pfad::Error PfDbObject::Save(KVXSaveLoadXml&) { return Pfad::eOk; }

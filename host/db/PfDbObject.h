@@ -6,6 +6,11 @@
 
 class KVXSaveLoadXml;
 class PfDbDatabase;
+class PfGsView;
+
+namespace osg {
+class Node;
+}
 
 // A database object: owned by its database once added, known by a handle that
 // stays its own for the life of the database, erased by flag so that undo can
@@ -33,6 +38,9 @@ public:
     // Erases (or with false un-erases) the object through its database.
     Pfad::Error Erase(bool erasing = true);
     void AssertWriteEnabled();
+
+    // The object's node in the view; null when it draws nothing there.
+    osg::Node* GetSceneNode(const PfGsView* view) const;
 
     virtual Pfad::Error Save(KVXSaveLoadXml& archive);
     virtual Pfad::Error Load(KVXSaveLoadXml& archive);

@@ -97,6 +97,6 @@ void PfDbTransaction::restore(bool before)
         state.properties.rewind();
         object->Load(state.properties);
         m_database->EraseObject(object, state.erased);
-        m_database->notifyModified(object);
+        m_database->NotifyModified(object);
     }
 }

@@ -1,5 +1,6 @@
 #include "KVXElementObject.h"
 
+#include "host/db/PfDbDatabase.h"
 #include "host/rx/PfRxClass.h"
 
 PFRX_DEFINE_HOST_MEMBERS(KVXElementObject, PfDbElement, &PfRxCreateInstance<KVXElementObject>)
@@ -7,6 +8,12 @@ PFRX_DEFINE_HOST_MEMBERS(KVXElementObject, PfDbElement, &PfRxCreateInstance<KVXE
 void KVXElementObject::getElementPropertys(KVXSaveLoadXml&) {}
 
 void KVXElementObject::setElementPropertys(KVXSaveLoadXml&) {}
+
+void KVXElementObject::regenerate()
+{
+    if (GetDatabase())
+        GetDatabase()->NotifyModified(this);
+}
 
 bool KVXElementObject::draw2d(PfGiWorldDraw*, vpe::CSceneNode*&) { return false; }
 

@@ -20,6 +20,9 @@ public:
     virtual bool draw2d(PfGiWorldDraw* draw, vpe::CSceneNode*& node);
     virtual bool draw3d(PfGiWorldDraw* draw, vpe::CSceneNode*& node);
 
+    // Builds the element's derived data again and has its views draw it anew.
+    virtual void regenerate();
+
     Pfad::Error Save(KVXSaveLoadXml& archive) override;
     Pfad::Error Load(KVXSaveLoadXml& archive) override;
 };

@@ -3,11 +3,23 @@
 #include "KVX3DElementObject.h"
 
 // A tower crane: where it stands (the foot of the mast), how high its tower
-// is and how long its jib. The being-animated byte marks the crane as driven
-// by one animation callback at a time; it is a playback flag, not saved.
+// is (the top of the mast when fully climbed) and how long its jib. The
+// being-animated byte marks the crane as driven by one animation callback at
+// a time; it is a playback flag, not saved.
+//
+// It draws a group of four parts in this order, so that animations can move
+// them apart: the slewing jib (with counter-jib and trolley), the upper
+// works (turntable, cab, tower head), the mast, and a group holding one node
+// per wall tie. Everything is in model coordinates.
 class KVXTowerCraneObject : public KVX3DElementObject {
     PFRX_DECLARE_MEMBERS(KVXTowerCraneObject)
 public:
+    enum Part { JibPart = 0, UpperWorksPart = 1, MastPart = 2, TiesPart = 3 };
+    // Height between two wall ties, and the lowest one.
+    static constexpr double kTieSpacing = 20000.0;
+
+    KVXTowerCraneObject();
+
     const vpe::CVec3<double>& GetPosition() const { return m_position; }
     void SetPosition(const vpe::CVec3<double>& position) { m_position = position; }
     int GetTowerHeight() const { return m_towerHeight; }
@@ -21,6 +33,7 @@ public:
 
     void getElementPropertys(KVXSaveLoadXml& xml) override;
     void setElementPropertys(KVXSaveLoadXml& xml) override;
+    bool draw3d(PfGiWorldDraw* draw, vpe::CSceneNode*& node) override;
 
 private:
     vpe::CVec3<double> m_position{0.0, 0.0, 0.0};

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "CGroupNode.h"
+#include "CLight.h"
+#include "CReferenced.h"
+
+#include <osg/Group>
+
+#include <map>
+#include <string>
+
+namespace vpe {
+
+// What a viewer shows: the root node that holds the model, and the named
+// lights over it. Every scene has the sun, a directional light named
+// kShadowLightName that casts the scene's shadows.
+class CScene : public CReferenced {
+public:
+    static const std::string kShadowLightName;
+
+    CScene();
+
+    CGroupNode* GetRootNode() const { return m_root.get(); }
+    // The node a viewer draws: lights, shadows and the root.
+    osg::Group* GetTopNode() const { return m_top.get(); }
+
+    CLight* FindLight(const std::string& name) const;
+    CLight* AddLight(const std::string& name);
+
+    // Shadows of the sun on the model; on by default.
+    void SetShadowsEnabled(bool enabled);
+    bool GetShadowsEnabled() const { return m_shadowsEnabled; }
+
+protected:
+    ~CScene() override;
+
+private:
+    void rebuildTop();
+
+    osg::ref_ptr<osg::Group> m_top;
+    osg::ref_ptr<osg::Group> m_lit;
+    osg::ref_ptr<CGroupNode> m_root;
+    std::map<std::string, osg::ref_ptr<CLight>> m_lights;
+    bool m_shadowsEnabled = true;
+};
+
+} // namespace vpe

@@ -1,0 +1,118 @@
+#include "CViewer.h"
+
+#include "COffscreenContext.h"
+
+#include <osg/Image>
+#include <osgViewer/Viewer>
+
+#include <algorithm>
+
+namespace vpe {
+
+namespace {
+// Larger renders fail in the driver or take all memory.
+constexpr int kMaxRenderSide = 16384;
+} // namespace
+
+CViewer::CViewer() : m_scene(new CScene), m_camera(new CCamera)
+{
+    m_camera->SetPosition(CVec3<float>(-60000.0f, -80000.0f, 50000.0f));
+    CVec3<float> direction = -m_camera->GetPosition();
+    direction.normalize();
+    m_camera->SetDirection(direction);
+}
+
+CViewer::~CViewer() = default;
+
+void CViewer::SetCamera(const CCamera& camera)
+{
+    m_camera = camera.Clone();
+    m_dirty = true;
+}
+
+void CViewer::SetActiveViewportSize(int width, int height)
+{
+    m_viewportWidth = std::max(1, width);
+    m_viewportHeight = std::max(1, height);
+    m_dirty = true;
+}
+
+void CViewer::SetSupersampling(int factor) { m_supersampling = std::clamp(factor, 1, 4); }
+
+bool CViewer::prepare(int width, int height, QString* error)
+{
+    if (!COffscreenContext::MakeCurrent(error))
+        return false;
+    if (!m_viewer) {
+        m_viewer = std::make_unique<osgViewer::Viewer>();
+        m_viewer->setThreadingModel(osgViewer::Viewer::SingleThreaded);
+        m_viewer->setLightingMode(osg::View::NO_LIGHT);
+        m_viewer->setUpViewerAsEmbeddedInWindow(0, 0, width, height);
+        m_viewer->getCamera()->setRenderTargetImplementation(osg::Camera::FRAME_BUFFER_OBJECT);
+        m_viewer->getCamera()->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    }
+    if (!m_target || m_target->s() != width || m_target->t() != height) {
+        m_target = new osg::Image;
+        m_target->allocateImage(width, height, 1, GL_RGBA, GL_UNSIGNED_BYTE);
+        osg::Camera* camera = m_viewer->getCamera();
+        camera->detach(osg::Camera::COLOR_BUFFER);
+        camera->attach(osg::Camera::COLOR_BUFFER, m_target.get());
+        camera->setViewport(0, 0, width, height);
+        camera->dirtyAttachmentMap();
+    }
+    if (m_viewer->getSceneData() != m_scene->GetTopNode())
+        m_viewer->setSceneData(m_scene->GetTopNode());
+    if (!m_viewer->isRealized())
+        m_viewer->realize();
+    return true;
+}
+
+void CViewer::applyCamera(const CCamera& camera, int width, int height, bool transparentBackground)
+{
+    osg::Camera* view = m_viewer->getCamera();
+    view->setViewMatrix(camera.GetViewMatrix());
+    const double aspect = double(width) / double(height);
+    if (camera.GetProjectionType() == CCamera::Orthographic) {
+        const double half = camera.GetOrthoWindowHeight() * 0.5;
+        view->setProjectionMatrixAsOrtho(-half * aspect, half * aspect, -half, half, camera.GetNearDistance(),
+                                         camera.GetFarDistance());
+    } else {
+        view->setProjectionMatrixAsPerspective(camera.GetFieldOfView(), aspect, camera.GetNearDistance(),
+                                               camera.GetFarDistance());
+    }
+    view->setClearColor(osg::Vec4(m_background.redF(), m_background.greenF(), m_background.blueF(),
+                                  transparentBackground ? 0.0f : 1.0f));
+}
+
+bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& image, QString* error,
+                          bool transparentBackground)
+{
+    if (width < 1 || height < 1 || width > kMaxRenderSide || height > kMaxRenderSide) {
+        if (error)
+            *error = QStringLiteral("cannot render a picture of %1x%2 pixels").arg(width).arg(height);
+        return false;
+    }
+    const int factor = std::max(1, std::min(m_supersampling, kMaxRenderSide / std::max(width, height)));
+    if (!prepare(width * factor, height * factor, error))
+        return false;
+    applyCamera(camera, width, height, transparentBackground);
+    if (CLight* sun = m_scene->FindLight(CScene::kShadowLightName))
+        sun->SetShadowDirty(false);
+    m_viewer->frame();
+    // Rows come bottom-up from OpenGL.
+    const QImage drawn(m_target->data(), m_target->s(), m_target->t(), QImage::Format_RGBA8888);
+    const QImage upright = drawn.mirrored();
+    image = factor == 1 ? upright : upright.scaled(width, height, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    image = image.convertToFormat(transparentBackground ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    return true;
+}
+
+bool CViewer::RenderFrame(QImage& image, QString* error)
+{
+    const bool rendered = RenderImage(*m_camera, m_viewportWidth, m_viewportHeight, image, error);
+    if (rendered)
+        m_dirty = false;
+    return rendered;
+}
+
+} // namespace vpe

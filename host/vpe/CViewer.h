@@ -1,0 +1,78 @@
+#pragma once
+
+#include "CCamera.h"
+#include "CReferenced.h"
+#include "CScene.h"
+
+#include <QColor>
+#include <QImage>
+#include <QString>
+
+#include <memory>
+
+namespace osgViewer {
+class Viewer;
+}
+namespace osg {
+class Image;
+}
+
+namespace vpe {
+
+// Shows a scene through a camera. Without a screen it renders into frame
+// buffer objects of the process's off-screen context; the active viewport is
+// the size of the view on screen (or of the picture a command line renders).
+//
+// Renders are anti-aliased by drawing at a multiple of the size and averaging
+// down. The dirty flag tells a view that the scene changed and wants a frame.
+class CViewer : public CReferenced {
+public:
+    CViewer();
+
+    CScene* GetScene() const { return m_scene.get(); }
+    CCamera* GetCamera() const { return m_camera.get(); }
+    // Takes the camera's parameters for the view.
+    void SetCamera(const CCamera& camera);
+
+    void SetActiveViewportSize(int width, int height);
+    int GetActiveViewportWidth() const { return m_viewportWidth; }
+    int GetActiveViewportHeight() const { return m_viewportHeight; }
+    unsigned int GetMinimumFrameRate() const { return m_minimumFrameRate; }
+    void SetMinimumFrameRate(unsigned int framesPerSecond) { m_minimumFrameRate = framesPerSecond; }
+    void SetDirty(bool dirty = true) { m_dirty = dirty; }
+    bool IsDirty() const { return m_dirty; }
+    void SetBackgroundColor(const QColor& color) { m_background = color; }
+    const QColor& GetBackgroundColor() const { return m_background; }
+    // 1 draws at the picture's size; 2 (the default) at twice its width and
+    // height, averaged down.
+    void SetSupersampling(int factor);
+
+    // Renders the scene from the camera into a picture of that size, over the
+    // background colour or a transparent background. False with the reason
+    // when nothing can be rendered.
+    bool RenderImage(const CCamera& camera, int width, int height, QImage& image, QString* error = nullptr,
+                     bool transparentBackground = false);
+    // Renders the view's own camera at the active viewport size; clears the
+    // dirty flag.
+    bool RenderFrame(QImage& image, QString* error = nullptr);
+
+protected:
+    ~CViewer() override;
+
+private:
+    bool prepare(int width, int height, QString* error);
+    void applyCamera(const CCamera& camera, int width, int height, bool transparentBackground);
+
+    CRefPtr<CScene> m_scene;
+    CRefPtr<CCamera> m_camera;
+    std::unique_ptr<osgViewer::Viewer> m_viewer;
+    CRefPtr<osg::Image> m_target;
+    int m_viewportWidth = 1280;
+    int m_viewportHeight = 720;
+    unsigned int m_minimumFrameRate = 0;
+    bool m_dirty = true;
+    int m_supersampling = 2;
+    QColor m_background{178, 202, 226};
+};
+
+} // namespace vpe
