@@ -2,12 +2,12 @@
 
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/rx/PfRxClass.h"
+#include "host/vpe/CStateSet.h"
 
 #include <algorithm>
 
 #include <osg/Geode>
 #include <osg/Geometry>
-#include <osg/LineWidth>
 
 PFRX_DEFINE_HOST_MEMBERS(KVXBaseObject, KVXElementObject, &PfRxCreateInstance<KVXBaseObject>)
 
@@ -82,9 +82,12 @@ bool KVXBaseObject::drawPolyline(bool flatten, vpe::CSceneNode*& node) const
 
     osg::ref_ptr<osg::Geode> geode = new osg::Geode;
     geode->addDrawable(geometry);
-    osg::StateSet* state = geode->getOrCreateStateSet();
-    state->setMode(GL_LIGHTING, osg::StateAttribute::OFF);
-    state->setAttributeAndModes(new osg::LineWidth(static_cast<float>(m_lineWidth)));
+    osg::ref_ptr<vpe::CStateSet> state = new vpe::CStateSet;
+    state->SetLightingEnabled(false);
+    state->SetLineWidth(static_cast<float>(m_lineWidth));
+    if (m_color.alpha() < 255)
+        state->SetSceneBlending(vpe::CStateSet::AlphaBlending);
+    geode->setStateSet(state);
     // The caller takes the reference.
     node = geode.release();
     return true;

@@ -8,7 +8,6 @@ CLight::CLight(const std::string& name, int lightNumber)
     auto* light = new osg::Light(lightNumber);
     light->setSpecular(osg::Vec4(0.0f, 0.0f, 0.0f, 1.0f));
     setLight(light);
-    setReferenceFrame(osg::LightSource::ABSOLUTE_RF);
     SetDirection(osg::Vec3d(0.0, 0.0, -1.0));
 }
 

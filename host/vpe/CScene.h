@@ -17,6 +17,9 @@ namespace vpe {
 class CScene : public CReferenced {
 public:
     static const std::string kShadowLightName;
+    // The uniform that tells the scene's shaders whether to light what they
+    // draw (false where the fixed-function lighting mode is off).
+    static const char* const kLightingUniform;
 
     CScene();
 

@@ -1,5 +1,7 @@
 #include "CStateSet.h"
 
+#include "CScene.h"
+
 #include <osg/BlendFunc>
 #include <osg/ClipPlane>
 #include <osg/CullFace>
@@ -8,6 +10,7 @@
 #include <osg/LineWidth>
 #include <osg/Material>
 #include <osg/PolygonOffset>
+#include <osg/Uniform>
 
 namespace vpe {
 
@@ -79,7 +82,7 @@ void CStateSet::SetTwoSidedLighting(bool enabled)
 {
     auto* model = new osg::LightModel;
     model->setTwoSided(enabled);
-    model->setAmbientIntensity(osg::Vec4(0.3f, 0.3f, 0.3f, 1.0f));
+    model->setAmbientIntensity(osg::Vec4(0.55f, 0.55f, 0.57f, 1.0f));
     setAttributeAndModes(model, osg::StateAttribute::ON);
 }
 
@@ -108,6 +111,8 @@ void CStateSet::SetLineWidth(float width) { setAttributeAndModes(new osg::LineWi
 void CStateSet::SetLightingEnabled(bool enabled)
 {
     setMode(GL_LIGHTING, enabled ? osg::StateAttribute::ON : osg::StateAttribute::OFF);
+    // The same for the scene's shaders, which have no lighting mode to read.
+    addUniform(new osg::Uniform(CScene::kLightingUniform, enabled));
 }
 
 void CStateSet::SetDrawingPriority(int priority)

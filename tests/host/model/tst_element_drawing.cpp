@@ -48,7 +48,6 @@ protected:
     {
         document = PfDocManagerPtr()->NewDocument();
         view = PfGsModelView::Attach(document);
-        view->GetViewer()->GetScene()->SetShadowsEnabled(false);
         view->GetViewer()->SetBackgroundColor(Qt::white);
     }
     void TearDown() override { PfDocManagerPtr()->CloseAll(); }

@@ -8,6 +8,8 @@
 
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -32,9 +34,11 @@ vpe::CRefPtr<vpe::CCamera> topCamera()
 
 QPoint pixelOf(double x, double y) { return QPoint(int(kSize / 2 + x / 15.0), int(kSize / 2 - y / 15.0)); }
 
-bool isRed(QRgb c) { return qRed(c) > 120 && qGreen(c) < 70 && qBlue(c) < 70; }
-bool isGreen(QRgb c) { return qGreen(c) > 120 && qRed(c) < 70 && qBlue(c) < 70; }
-bool isBlue(QRgb c) { return qBlue(c) > 120 && qRed(c) < 70 && qGreen(c) < 70; }
+// By the dominant channel: faces in shadow are darker, not another colour.
+bool dominates(int channel, int other1, int other2) { return channel > 60 && channel > 2 * std::max(other1, other2); }
+bool isRed(QRgb c) { return dominates(qRed(c), qGreen(c), qBlue(c)); }
+bool isGreen(QRgb c) { return dominates(qGreen(c), qRed(c), qBlue(c)); }
+bool isBlue(QRgb c) { return dominates(qBlue(c), qRed(c), qGreen(c)); }
 
 osg::Node* box(const osg::Vec3d& min, const osg::Vec3d& max, const QColor& color)
 {
@@ -47,7 +51,6 @@ protected:
     void SetUp() override
     {
         viewer = new vpe::CViewer;
-        viewer->GetScene()->SetShadowsEnabled(false);
         viewer->SetBackgroundColor(Qt::white);
         root()->addChild(block);
     }

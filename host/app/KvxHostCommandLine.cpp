@@ -1,0 +1,186 @@
+#include "KvxHostCommandLine.h"
+
+#include "KVXDemoSite.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbLoadReport.h"
+#include "host/db/PfDocManager.h"
+#include "host/model/PfGsModelView.h"
+#include "host/vpe/CViewer.h"
+
+#include <QTextStream>
+
+#include <osg/ComputeBoundsVisitor>
+
+#include <cmath>
+
+struct KvxHostCommandLine::Options {
+    QString command;
+    QString input;
+    QString out;
+    int width = 1280;
+    int height = 720;
+    bool hasCamera = false;
+    osg::Vec3d eye;
+    osg::Vec3d target;
+};
+
+namespace {
+
+const char* const kUsage = "usage: kvxhost demo-site --out FILE.kvx | kvxhost render FILE.kvx --out FILE.png "
+                           "[--size WxH] [--camera ex,ey,ez,tx,ty,tz]";
+
+bool parseSize(const QString& text, int& width, int& height)
+{
+    const QStringList parts = text.split(QLatin1Char('x'));
+    bool okWidth = false, okHeight = false;
+    if (parts.size() == 2) {
+        width = parts[0].toInt(&okWidth);
+        height = parts[1].toInt(&okHeight);
+    }
+    return okWidth && okHeight && width >= 1 && height >= 1 && width <= 8192 && height <= 8192;
+}
+
+bool parseCamera(const QString& text, osg::Vec3d& eye, osg::Vec3d& target)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    if (parts.size() != 6)
+        return false;
+    double values[6];
+    for (int i = 0; i < 6; ++i) {
+        bool ok = false;
+        values[i] = parts[i].trimmed().toDouble(&ok);
+        if (!ok || !std::isfinite(values[i]))
+            return false;
+    }
+    eye.set(values[0], values[1], values[2]);
+    target.set(values[3], values[4], values[5]);
+    return (target - eye).length() > 0.0;
+}
+
+// Looks at the model from the south-west and above, all of it in view.
+void threeQuarterView(osg::Node* model, osg::Vec3d& eye, osg::Vec3d& target)
+{
+    osg::ComputeBoundsVisitor bounds;
+    model->accept(bounds);
+    const osg::BoundingBox& box = bounds.getBoundingBox();
+    target = box.valid() ? osg::Vec3d(box.center()) : osg::Vec3d();
+    const double radius = box.valid() ? box.radius() : 10000.0;
+    osg::Vec3d away(-0.55, -0.85, 0.6);
+    away.normalize();
+    eye = target + away * (radius * 1.9);
+}
+
+} // namespace
+
+KvxHostCommandLine::KvxHostCommandLine(QTextStream& out, QTextStream& err) : m_out(out), m_err(err) {}
+
+int KvxHostCommandLine::fail(const QString& message, int code)
+{
+    m_err << "kvxhost: " << message << '\n';
+    m_err.flush();
+    return code;
+}
+
+bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
+{
+    options.command = arguments.value(0);
+    for (int i = 1; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        const bool takesValue = argument == QLatin1String("--out") || argument == QLatin1String("--size") ||
+                                argument == QLatin1String("--camera");
+        if (takesValue && i + 1 >= arguments.size()) {
+            fail(QStringLiteral("%1 needs a value").arg(argument), 2);
+            return false;
+        }
+        if (argument == QLatin1String("--out")) {
+            options.out = arguments[++i];
+        } else if (argument == QLatin1String("--size")) {
+            if (!parseSize(arguments[++i], options.width, options.height)) {
+                fail(QStringLiteral("--size wants WIDTHxHEIGHT between 1 and 8192, not \"%1\"").arg(arguments[i]), 2);
+                return false;
+            }
+        } else if (argument == QLatin1String("--camera")) {
+            options.hasCamera = parseCamera(arguments[++i], options.eye, options.target);
+            if (!options.hasCamera) {
+                fail(QStringLiteral("--camera wants six numbers ex,ey,ez,tx,ty,tz with eye and target apart, not \"%1\"")
+                         .arg(arguments[i]),
+                     2);
+                return false;
+            }
+        } else if (argument.startsWith(QLatin1String("--"))) {
+            fail(QStringLiteral("unknown option %1").arg(argument), 2);
+            return false;
+        } else if (options.input.isEmpty()) {
+            options.input = argument;
+        } else {
+            fail(QStringLiteral("unexpected argument %1").arg(argument), 2);
+            return false;
+        }
+    }
+    return true;
+}
+
+int KvxHostCommandLine::Run(const QStringList& arguments)
+{
+    Options options;
+    if (!parse(arguments, options))
+        return 2;
+    if (options.command == QLatin1String("demo-site"))
+        return demoSite(options);
+    if (options.command == QLatin1String("render"))
+        return render(options);
+    if (options.command.isEmpty())
+        return fail(QString::fromLatin1(kUsage), 2);
+    return fail(QStringLiteral("unknown command %1; %2").arg(options.command, QString::fromLatin1(kUsage)), 2);
+}
+
+int KvxHostCommandLine::demoSite(const Options& options)
+{
+    if (options.out.isEmpty() || !options.input.isEmpty())
+        return fail(QStringLiteral("demo-site wants --out FILE.kvx and nothing else"), 2);
+    PfDbDocument document;
+    KVXDemoSite::Build(document.GetDatabase());
+    QString error;
+    if (!document.Save(options.out, &error))
+        return fail(error);
+    m_out << "wrote the demo site to " << options.out << '\n';
+    return 0;
+}
+
+int KvxHostCommandLine::render(const Options& options)
+{
+    if (options.input.isEmpty() || options.out.isEmpty())
+        return fail(QStringLiteral("render wants a document and --out FILE.png"), 2);
+    QString error;
+    PfDbLoadReport report;
+    PfDbDocument* document = PfDocManagerPtr()->OpenDocument(options.input, &report, &error);
+    if (!document)
+        return fail(error);
+    for (const QString& note : report.Messages())
+        m_err << "kvxhost: note: " << note << '\n';
+    PfGsModelView* view = PfGsModelView::Attach(document);
+    vpe::CViewer* viewer = view->GetViewer();
+    viewer->SetActiveViewportSize(options.width, options.height);
+    osg::Vec3d eye = options.eye, target = options.target;
+    if (!options.hasCamera)
+        threeQuarterView(viewer->GetScene()->GetRootNode(), eye, target);
+    vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
+    osg::Vec3d direction = target - eye;
+    direction.normalize();
+    camera->SetPosition(vpe::CVec3<float>(eye));
+    camera->SetDirection(vpe::CVec3<float>(direction));
+    // Up is the world's Z, made square to the view direction.
+    osg::Vec3d up = (direction ^ osg::Vec3d(0, 0, 1)) ^ direction;
+    camera->SetUpDirection(up.length2() > 0 ? vpe::CVec3<float>(up / up.length()) : vpe::CVec3<float>(0, 1, 0));
+    camera->SetAspectRatio(float(options.width) / float(options.height));
+    viewer->SetCamera(*camera);
+    QImage picture;
+    if (!viewer->RenderFrame(picture, &error))
+        return fail(error);
+    if (!picture.save(options.out, "PNG"))
+        return fail(QStringLiteral("cannot write %1").arg(options.out));
+    m_out << "rendered " << options.input << " to " << options.out << " (" << options.width << 'x' << options.height
+          << ")\n";
+    PfDocManagerPtr()->CloseDocument(document);
+    return 0;
+}

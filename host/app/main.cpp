@@ -1,0 +1,28 @@
+#include "KvxHostCommandLine.h"
+#include "host/model/PfHostClasses.h"
+#include "host/rx/PfRxModuleLoader.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QTextStream>
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    PfHostRegisterClasses();
+    // The animation module, when it is installed beside the host, so that
+    // documents with animation records open whole.
+    PfRxModuleLoader module;
+    const QString modulePath =
+        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../lib/libkvxanimation.so"));
+    if (QFileInfo::exists(modulePath))
+        module.Load(modulePath);
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    out.setCodec("UTF-8");
+    err.setCodec("UTF-8");
+    QStringList arguments = application.arguments();
+    arguments.removeFirst();
+    return KvxHostCommandLine(out, err).Run(arguments);
+}
