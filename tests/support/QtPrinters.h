@@ -8,6 +8,8 @@
 // Readable Qt strings in test failure messages.
 inline void PrintTo(const QString& text, std::ostream* out) { *out << '"' << text.toStdString() << '"'; }
 
+inline std::ostream& operator<<(std::ostream& out, const QString& text) { return out << text.toStdString(); }
+
 inline void PrintTo(const QStringList& list, std::ostream* out)
 {
     *out << '[' << list.join(QStringLiteral(", ")).toStdString() << ']';

@@ -1,0 +1,112 @@
+#include "host/app/KvxHostCommandLine.h"
+#include "host/db/PfDbDatabase.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDocManager.h"
+#include "host/model/KVXTowerCraneObject.h"
+
+#include "tests/support/QtPrinters.h"
+
+#include <QFile>
+#include <QImage>
+#include <QTemporaryDir>
+#include <QTextStream>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Outcome {
+    int code;
+    QString out;
+    QString err;
+};
+
+Outcome run(const QStringList& arguments)
+{
+    QString out, err;
+    QTextStream outStream(&out), errStream(&err);
+    const int code = KvxHostCommandLine(outStream, errStream).Run(arguments);
+    outStream.flush();
+    errStream.flush();
+    return {code, out, err};
+}
+
+class CommandLine : public ::testing::Test {
+protected:
+    QString path(const char* name) const { return directory.filePath(QLatin1String(name)); }
+    void TearDown() override { PfDocManagerPtr()->CloseAll(); }
+    QTemporaryDir directory;
+};
+
+TEST_F(CommandLine, demoSiteThenRenderMakesAPicture)
+{
+    const Outcome site = run({"demo-site", "--out", path("site.kvx")});
+    ASSERT_EQ(site.code, 0) << site.err;
+    PfDbDocument* document = PfDocManagerPtr()->OpenDocument(path("site.kvx"));
+    ASSERT_NE(document, nullptr);
+    int storeys = 0, cranes = 0;
+    for (PfDbObject* object : *document->GetDatabase()->GetModelSpace()) {
+        cranes += KVXTowerCraneObject::Cast(object) != nullptr;
+        if (auto* element = KVX3DElementObject::Cast(object))
+            storeys += QString::fromStdWString(element->GetName()).endsWith(QStringLiteral("层"));
+    }
+    EXPECT_EQ(cranes, 1);
+    EXPECT_GE(storeys, 12);
+    PfDocManagerPtr()->CloseAll();
+
+    const Outcome render = run({"render", path("site.kvx"), "--out", path("site.png"), "--size", "320x180"});
+    ASSERT_EQ(render.code, 0) << render.err;
+    const QImage picture(path("site.png"));
+    ASSERT_EQ(picture.size(), QSize(320, 180));
+    // The site fills the middle; the sky is in the top corners.
+    EXPECT_NE(picture.pixel(160, 110), picture.pixel(5, 5));
+    EXPECT_EQ(picture.pixel(5, 5), picture.pixel(314, 5));
+}
+
+TEST_F(CommandLine, cameraOptionLooksWhereAsked)
+{
+    ASSERT_EQ(run({"demo-site", "--out", path("site.kvx")}).code, 0);
+    // From far above the shed, looking away into the empty sky.
+    const Outcome render = run({"render", path("site.kvx"), "--out", path("sky.png"), "--size", "64x64", "--camera",
+                                "0,0,500000,0,-1,900000"});
+    ASSERT_EQ(render.code, 0) << render.err;
+    const QImage sky(path("sky.png"));
+    EXPECT_EQ(sky.pixel(10, 10), sky.pixel(50, 50));
+}
+
+TEST_F(CommandLine, faultsGetOneLineAndAFailingCode)
+{
+    QFile notXml(path("notes.kvx"));
+    ASSERT_TRUE(notXml.open(QIODevice::WriteOnly));
+    notXml.write("meeting notes, not a document");
+    notXml.close();
+    struct Row {
+        QStringList arguments;
+        int code;
+        const char* message;
+    };
+    const Row rows[] = {
+        {{}, 2, "usage"},
+        {{"explode"}, 2, "unknown command explode"},
+        {{"demo-site", "--out", path("x.kvx"), "--colour", "red"}, 2, "unknown option --colour"},
+        {{"demo-site"}, 2, "--out"},
+        {{"render", path("missing.kvx"), "--out", path("x.png")}, 1, "cannot open"},
+        {{"render", path("notes.kvx"), "--out", path("x.png")}, 1, "not a KVX document"},
+        {{"render", path("notes.kvx"), "--out"}, 2, "--out needs a value"},
+        {{"render", path("notes.kvx"), "--out", path("x.png"), "--size", "wide"}, 2, "--size"},
+        {{"render", path("notes.kvx"), "--out", path("x.png"), "--camera", "1,2,3"}, 2, "--camera"},
+        {{"demo-site", "--out", path("no/such/folder/site.kvx")}, 1, "cannot write"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.arguments.join(' ').toStdString());
+        const Outcome outcome = run(row.arguments);
+        EXPECT_EQ(outcome.code, row.code);
+        EXPECT_TRUE(outcome.err.startsWith(QLatin1String("kvxhost: "))) << outcome.err;
+        EXPECT_TRUE(outcome.err.contains(QLatin1String(row.message))) << outcome.err;
+        EXPECT_EQ(outcome.err.count(QLatin1Char('\n')), 1) << outcome.err;
+    }
+    EXPECT_FALSE(QFile::exists(path("x.png")));
+}
+
+} // namespace
