@@ -2,6 +2,8 @@
 
 #include <EGL/egl.h>
 #include <EGL/eglext.h>
+#include <GL/gl.h>
+#include <GL/glext.h>
 
 namespace vpe {
 
@@ -10,8 +12,38 @@ namespace {
 struct Context {
     EGLDisplay display = EGL_NO_DISPLAY;
     EGLContext context = EGL_NO_CONTEXT;
+    GLuint framebuffer = 0;
     QString error;
 };
+
+template <class Function>
+Function glFunction(const char* name)
+{
+    return reinterpret_cast<Function>(eglGetProcAddress(name));
+}
+
+GLuint makeStandInFramebuffer()
+{
+    auto genFramebuffers = glFunction<PFNGLGENFRAMEBUFFERSPROC>("glGenFramebuffers");
+    auto bindFramebuffer = glFunction<PFNGLBINDFRAMEBUFFERPROC>("glBindFramebuffer");
+    auto genRenderbuffers = glFunction<PFNGLGENRENDERBUFFERSPROC>("glGenRenderbuffers");
+    auto bindRenderbuffer = glFunction<PFNGLBINDRENDERBUFFERPROC>("glBindRenderbuffer");
+    auto storage = glFunction<PFNGLRENDERBUFFERSTORAGEPROC>("glRenderbufferStorage");
+    auto attach = glFunction<PFNGLFRAMEBUFFERRENDERBUFFERPROC>("glFramebufferRenderbuffer");
+    if (!genFramebuffers || !bindFramebuffer || !genRenderbuffers || !bindRenderbuffer || !storage || !attach)
+        return 0;
+    GLuint framebuffer = 0, buffers[2] = {0, 0};
+    genFramebuffers(1, &framebuffer);
+    bindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    genRenderbuffers(2, buffers);
+    bindRenderbuffer(GL_RENDERBUFFER, buffers[0]);
+    storage(GL_RENDERBUFFER, GL_RGBA8, 1, 1);
+    attach(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER, buffers[0]);
+    bindRenderbuffer(GL_RENDERBUFFER, buffers[1]);
+    storage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, 1, 1);
+    attach(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, buffers[1]);
+    return framebuffer;
+}
 
 Context create()
 {
@@ -69,9 +101,20 @@ bool COffscreenContext::MakeCurrent(QString* error)
             *error = QStringLiteral("cannot make the OpenGL context current (EGL error 0x%1)").arg(eglGetError(), 0, 16);
         return false;
     }
+    if (!c.framebuffer)
+        c.framebuffer = makeStandInFramebuffer();
     return true;
 }
 
 bool COffscreenContext::IsAvailable() { return instance().context != EGL_NO_CONTEXT; }
+
+unsigned int COffscreenContext::DefaultFramebuffer() { return instance().framebuffer; }
+
+void COffscreenContext::BindDefaultFramebuffer()
+{
+    static auto bind = glFunction<PFNGLBINDFRAMEBUFFERPROC>("glBindFramebuffer");
+    if (bind && instance().framebuffer)
+        bind(GL_FRAMEBUFFER, instance().framebuffer);
+}
 
 } // namespace vpe

@@ -14,6 +14,11 @@ public:
     // needed. False with the reason when no such context can be had.
     static bool MakeCurrent(QString* error = nullptr);
     static bool IsAvailable();
+    // A small frame buffer object that stands in for the window a surfaceless
+    // context lacks: bound whenever the renderer goes back to "the window",
+    // so that it never touches a framebuffer that does not exist.
+    static unsigned int DefaultFramebuffer();
+    static void BindDefaultFramebuffer();
 };
 
 } // namespace vpe

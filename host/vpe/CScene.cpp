@@ -11,9 +11,6 @@ const std::string CScene::kShadowLightName = "vpe_directional_shadow_light";
 const char* const CScene::kLightingUniform = "vpe_lighting";
 
 namespace {
-// Receives and casts shadows: the bits the shadow technique looks for.
-constexpr unsigned int kReceivesShadowMask = 0x1;
-constexpr unsigned int kCastsShadowMask = 0x2;
 constexpr int kShadowTextureUnit = 1;
 
 // Lighting by the sun (light 0) as the fixed pipeline does it, two-sided,

@@ -20,6 +20,10 @@ public:
     // The uniform that tells the scene's shaders whether to light what they
     // draw (false where the fixed-function lighting mode is off).
     static const char* const kLightingUniform;
+    // Node mask bits the shadows look at: a node without kCastsShadowMask
+    // (a label, an overlay) throws no shadow.
+    static constexpr unsigned int kReceivesShadowMask = 0x1;
+    static constexpr unsigned int kCastsShadowMask = 0x2;
 
     CScene();
 

@@ -1,6 +1,7 @@
 #include "CViewer.h"
 
 #include "COffscreenContext.h"
+#include "CVectorText2D.h"
 
 #include <osg/Image>
 #include <osgViewer/Viewer>
@@ -50,6 +51,10 @@ bool CViewer::prepare(int width, int height, QString* error)
         m_viewer->setUpViewerAsEmbeddedInWindow(0, 0, width, height);
         m_viewer->getCamera()->setRenderTargetImplementation(osg::Camera::FRAME_BUFFER_OBJECT);
         m_viewer->getCamera()->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+        // Labels sized in screen pixels have tiny model bounds: never cull
+        // what looks small from afar.
+        osg::Camera* camera = m_viewer->getCamera();
+        camera->setCullingMode(camera->getCullingMode() & ~osg::CullSettings::SMALL_FEATURE_CULLING);
     }
     if (!m_target || m_target->s() != width || m_target->t() != height) {
         m_target = new osg::Image;
@@ -62,8 +67,12 @@ bool CViewer::prepare(int width, int height, QString* error)
     }
     if (m_viewer->getSceneData() != m_scene->GetTopNode())
         m_viewer->setSceneData(m_scene->GetTopNode());
-    if (!m_viewer->isRealized())
+    COffscreenContext::BindDefaultFramebuffer();
+    if (!m_viewer->isRealized()) {
         m_viewer->realize();
+        if (osg::GraphicsContext* context = m_viewer->getCamera()->getGraphicsContext())
+            context->setDefaultFboId(COffscreenContext::DefaultFramebuffer());
+    }
     return true;
 }
 
@@ -96,6 +105,8 @@ bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& 
     if (!prepare(width * factor, height * factor, error))
         return false;
     applyCamera(camera, width, height, transparentBackground);
+    if (CVectorText2D::GetPixelScale() != float(factor))
+        CVectorText2D::SetPixelScale(float(factor), m_scene->GetTopNode());
     if (CLight* sun = m_scene->FindLight(CScene::kShadowLightName))
         sun->SetShadowDirty(false);
     m_viewer->frame();
