@@ -2,6 +2,8 @@
 
 #include "KVXDateFormat.h"
 #include "host/db/KVXSaveLoadXml.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDocManager.h"
 #include "host/rx/PfRxClass.h"
 
 #include <osg/ComputeBoundsVisitor>
@@ -111,9 +113,11 @@ QString KVXAnimation::getAnimationTypeName() const
 
 vpe::CSceneNode* KVXAnimation::getNode() const
 {
-    // Documents get views with the scene engine; until a document has an
-    // active view no element has a node there.
-    return nullptr;
+    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
+    if (!document || !document->GetActiveView())
+        return nullptr;
+    PfDbObject* element = document->GetItem(static_cast<PfDbHandle>(m_objId));
+    return element ? element->GetSceneNode(document->GetActiveView()) : nullptr;
 }
 
 bool KVXAnimation::elementBounds(vpe::CVec3<double>& min, vpe::CVec3<double>& max) const

@@ -2,6 +2,9 @@
 
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/model/KVXGlobalInfo.h"
+#include "host/model/PfGsUtility.h"
+#include "host/vpe/CScreenshoter.h"
+#include "host/vpe/CViewer.h"
 #include "host/rx/PfRxClass.h"
 
 #include <cmath>
@@ -81,8 +84,12 @@ void KVXCameraKeyFrame::UpdateSceneImage()
         return;
     m_sceneImagePath = directory + L"//camera_key_frame_" +
                        std::to_wstring(static_cast<unsigned long long>(GetHandle())) + L".png";
-    // The image itself is rendered off screen from this camera once documents
-    // have views; the path is fixed here either way.
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer || !m_camera)
+        return;
+    vpe::CScreenshoter screenshoter(viewer, true, 14);
+    screenshoter.SetOffscreenBuffer(viewer->GetActiveViewportWidth() / 4, viewer->GetActiveViewportHeight() / 4);
+    screenshoter.CreateOffScreenshot(nullptr, QString::fromStdWString(m_sceneImagePath), m_camera.get());
 }
 
 void KVXCameraKeyFrame::getElementPropertys(KVXSaveLoadXml& xml)
