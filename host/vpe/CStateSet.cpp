@@ -4,6 +4,7 @@
 
 #include <osg/BlendFunc>
 #include <osg/ClipPlane>
+#include <osg/ColorMask>
 #include <osg/CullFace>
 #include <osg/Depth>
 #include <osg/LightModel>
@@ -121,6 +122,16 @@ void CStateSet::SetDrawingPriority(int priority)
 }
 
 int CStateSet::GetDrawingPriority() const { return getBinNumber(); }
+
+void CStateSet::SetDrawingMask(unsigned int mask)
+{
+    m_drawingMask = mask;
+    if ((mask & 0xfu) == 0xfu) {
+        removeAttribute(osg::StateAttribute::COLORMASK);
+        return;
+    }
+    setAttribute(new osg::ColorMask(mask & 0x1u, mask & 0x2u, mask & 0x4u, mask & 0x8u));
+}
 
 void CStateSet::AddClipPlane(int index, const osg::Vec4d& equation)
 {

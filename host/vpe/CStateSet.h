@@ -39,8 +39,9 @@ public:
     // test is off).
     void SetDrawingPriority(int priority);
     int GetDrawingPriority() const;
-    // Which views draw what carries the state set, one bit per view.
-    void SetDrawingMask(unsigned int mask) { m_drawingMask = mask; }
+    // Which colour channels drawing writes: bit 0 red, 1 green, 2 blue,
+    // 3 alpha; 0xFFFF (the default) writes them all.
+    void SetDrawingMask(unsigned int mask);
     unsigned int GetDrawingMask() const { return m_drawingMask; }
 
     void AddClipPlane(int index, const osg::Vec4d& equation);
@@ -57,7 +58,7 @@ protected:
     ~CStateSet() override = default;
 
 private:
-    unsigned int m_drawingMask = 0xffffffffu;
+    unsigned int m_drawingMask = 0xffffu;
 };
 
 } // namespace vpe

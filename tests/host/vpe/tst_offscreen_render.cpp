@@ -136,6 +136,24 @@ TEST_F(OffscreenRender, overlayWithoutDepthTestShowsThroughWhatIsInFront)
     EXPECT_EQ(original->getDrawable(0)->getStateSet(), KVXDrawHelper::FaceStateSet(Qt::red));
 }
 
+TEST_F(OffscreenRender, drawingMaskLimitsTheChannelsWritten)
+{
+    viewer->SetBackgroundColor(Qt::black);
+    osg::ref_ptr<vpe::CStateSet> state = new vpe::CStateSet;
+    state->SetLightingEnabled(false);
+    state->SetDrawingMask(0x4);
+    block->setStateSet(state);
+    block->asGeode()->getDrawable(0)->setStateSet(nullptr);
+    // White geometry through a blue-only mask over black.
+    osg::ref_ptr<osg::Vec4Array> white = new osg::Vec4Array(1);
+    (*white)[0] = osg::Vec4(1, 1, 1, 1);
+    block->asGeode()->getDrawable(0)->asGeometry()->setColorArray(white, osg::Array::BIND_OVERALL);
+    const QRgb seen = at(0, 0);
+    EXPECT_EQ(qRed(seen), 0);
+    EXPECT_EQ(qGreen(seen), 0);
+    EXPECT_GT(qBlue(seen), 200);
+}
+
 TEST_F(OffscreenRender, groupOverlayFollowsTheGroupsPlacement)
 {
     root()->removeChild(block);
