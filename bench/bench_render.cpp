@@ -1,6 +1,6 @@
 // Off-screen renders of the demo site: frames per second at 1280x720 and
 // 1920x1080, anti-aliased (drawn at twice the size and averaged down) and
-// not, and the cost of anti-aliasing as a ratio.
+// not, with and without shadows, and the costs as ratios.
 
 #include "host/app/KVXDemoSite.h"
 #include "host/db/PfDbDocument.h"
@@ -48,6 +48,7 @@ void BM_RenderSite(benchmark::State& state)
     vpe::CViewer* viewer = siteViewer();
     const int width = static_cast<int>(state.range(0)), height = static_cast<int>(state.range(1));
     viewer->SetSupersampling(static_cast<int>(state.range(2)));
+    viewer->GetScene()->SetShadowsEnabled(state.range(3) != 0);
     const vpe::CRefPtr<vpe::CCamera> camera = threeQuarterCamera();
     QImage picture;
     viewer->RenderImage(*camera, width, height, picture);
@@ -59,11 +60,13 @@ void BM_RenderSite(benchmark::State& state)
 }
 
 BENCHMARK(BM_RenderSite)
-    ->ArgNames({"w", "h", "aa"})
-    ->Args({1280, 720, 1})
-    ->Args({1280, 720, 2})
-    ->Args({1920, 1080, 1})
-    ->Args({1920, 1080, 2})
+    ->ArgNames({"w", "h", "aa", "shadows"})
+    ->Args({1280, 720, 1, 1})
+    ->Args({1280, 720, 2, 1})
+    ->Args({1280, 720, 2, 0})
+    ->Args({1920, 1080, 1, 1})
+    ->Args({1920, 1080, 2, 1})
+    ->Args({1920, 1080, 2, 0})
     ->Unit(benchmark::kMillisecond)
     ->MinTime(2.0)
     ->UseRealTime();
@@ -88,12 +91,16 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     RateReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
+    auto fps = [&](const char* size, int aa, int shadows) {
+        return reporter.fps[std::string("BM_RenderSite/") + size + "/aa:" + std::to_string(aa) +
+                            "/shadows:" + std::to_string(shadows) + "/min_time:2.000/real_time"];
+    };
     for (const char* size : {"w:1280/h:720", "w:1920/h:1080"}) {
-        const double plain = reporter.fps[std::string("BM_RenderSite/") + size + "/aa:1/min_time:2.000/real_time"];
-        const double smooth = reporter.fps[std::string("BM_RenderSite/") + size + "/aa:2/min_time:2.000/real_time"];
-        if (plain > 0 && smooth > 0)
-            std::printf("%s: %.1f fps plain, %.1f fps anti-aliased, anti-aliasing costs %.2fx\n", size, plain, smooth,
-                        plain / smooth);
+        const double plain = fps(size, 1, 1), smooth = fps(size, 2, 1), unshadowed = fps(size, 2, 0);
+        if (plain > 0 && smooth > 0 && unshadowed > 0)
+            std::printf("%s: %.1f fps without anti-aliasing, %.1f fps with it (costs %.2fx); without shadows %.1f fps "
+                        "(shadows cost %.2fx)\n",
+                        size, plain, smooth, plain / smooth, unshadowed, unshadowed / smooth);
     }
     return 0;
 }

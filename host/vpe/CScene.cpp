@@ -121,7 +121,7 @@ void CScene::rebuildTop()
         settings->setReceivesShadowTraversalMask(kReceivesShadowMask);
         settings->setCastsShadowTraversalMask(kCastsShadowMask);
         settings->setLightNum(0);
-        settings->setTextureSize(osg::Vec2s(2048, 2048));
+        settings->setTextureSize(osg::Vec2s(1024, 1024));
         settings->setBaseShadowTextureUnit(kShadowTextureUnit);
         settings->setShaderHint(osgShadow::ShadowSettings::NO_SHADERS);
         shadowed->setShadowTechnique(new osgShadow::ViewDependentShadowMap);

@@ -13,6 +13,36 @@ namespace vpe {
 namespace {
 // Larger renders fail in the driver or take all memory.
 constexpr int kMaxRenderSide = 16384;
+// The picture from the frame buffer's pixels: rows turned top-down (OpenGL
+// gives them bottom-up), each factor x factor block averaged into one pixel,
+// RGBA bytes into Qt's 32-bit pixels, in one pass.
+QImage averagedDown(const osg::Image& drawn, int factor, bool withAlpha)
+{
+    const int width = drawn.s() / factor, height = drawn.t() / factor;
+    QImage picture(width, height, withAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    const int samples = factor * factor;
+    const int rowBytes = drawn.s() * 4;
+    for (int y = 0; y < height; ++y) {
+        auto* out = reinterpret_cast<QRgb*>(picture.scanLine(y));
+        const unsigned char* top = drawn.data() + std::size_t(drawn.t() - (y + 1) * factor) * rowBytes;
+        for (int x = 0; x < width; ++x) {
+            unsigned int sum[4] = {0, 0, 0, 0};
+            for (int dy = 0; dy < factor; ++dy) {
+                const unsigned char* p = top + std::size_t(dy) * rowBytes + std::size_t(x) * factor * 4;
+                for (int dx = 0; dx < factor; ++dx, p += 4) {
+                    sum[0] += p[0];
+                    sum[1] += p[1];
+                    sum[2] += p[2];
+                    sum[3] += p[3];
+                }
+            }
+            out[x] = qRgba(int(sum[0] / samples), int(sum[1] / samples), int(sum[2] / samples),
+                           withAlpha ? int(sum[3] / samples) : 255);
+        }
+    }
+    return picture;
+}
+
 } // namespace
 
 CViewer::CViewer() : m_scene(new CScene), m_camera(new CCamera)
@@ -110,11 +140,7 @@ bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& 
     if (CLight* sun = m_scene->FindLight(CScene::kShadowLightName))
         sun->SetShadowDirty(false);
     m_viewer->frame();
-    // Rows come bottom-up from OpenGL.
-    const QImage drawn(m_target->data(), m_target->s(), m_target->t(), QImage::Format_RGBA8888);
-    const QImage upright = drawn.mirrored();
-    image = factor == 1 ? upright : upright.scaled(width, height, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    image = image.convertToFormat(transparentBackground ? QImage::Format_ARGB32 : QImage::Format_RGB32);
+    image = averagedDown(*m_target, factor, transparentBackground);
     return true;
 }
 
