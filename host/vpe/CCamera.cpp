@@ -46,6 +46,13 @@ void CCamera::GetAllParamsd(int& type, CVec3<double>& position, CVec3<double>& d
     orthoHeight = m_orthoHeight;
 }
 
+void CCamera::SetUpDirection(const CVec3<float>& up, bool normalize)
+{
+    m_up = up;
+    if (normalize && m_up.length2() > 0.0f)
+        m_up.normalize();
+}
+
 CMatrix4<double> CCamera::GetViewMatrix() const
 {
     const CVec3<double> eye(m_position);

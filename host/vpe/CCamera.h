@@ -27,6 +27,8 @@ public:
     void SetDirection(const CVec3<float>& direction) { m_direction = direction; }
     const CVec3<float>& GetUpDirection() const { return m_up; }
     void SetUpDirection(const CVec3<float>& up) { m_up = up; }
+    // With normalize set, stores the up direction at unit length.
+    void SetUpDirection(const CVec3<float>& up, bool normalize);
     float GetAspectRatio() const { return m_aspectRatio; }
     void SetAspectRatio(float aspect) { m_aspectRatio = aspect; }
     float GetNearDistance() const { return m_near; }

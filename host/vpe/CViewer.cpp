@@ -1,6 +1,8 @@
 #include "CViewer.h"
 
+#include "CClockTimerManager.h"
 #include "COffscreenContext.h"
+#include "CWallClockTimeSource.h"
 #include "CVectorText2D.h"
 
 #include <osg/Image>
@@ -45,15 +47,42 @@ QImage averagedDown(const osg::Image& drawn, int factor, bool withAlpha)
 
 } // namespace
 
-CViewer::CViewer() : m_scene(new CScene), m_camera(new CCamera)
+CViewer::CViewer()
+    : m_scene(new CScene),
+      m_camera(new CCamera),
+      m_clock(new CClock),
+      m_defaultTimer(new CClockTimer(m_clock, CClockTimerManager::kDefaultTimerName)),
+      m_animations(new CAnimationManager(m_defaultTimer.get())),
+      m_timeSource(new CWallClockTimeSource)
 {
+    // The newest viewer's default timer is the one found by name.
+    CClockTimerManager* timers = CClockTimerManager::GetInstance();
+    timers->Remove(CClockTimerManager::kDefaultTimerName);
+    timers->Add(m_defaultTimer.get());
     m_camera->SetPosition(CVec3<float>(-60000.0f, -80000.0f, 50000.0f));
     CVec3<float> direction = -m_camera->GetPosition();
     direction.normalize();
     m_camera->SetDirection(direction);
 }
 
-CViewer::~CViewer() = default;
+CViewer::~CViewer() { CClockTimerManager::GetInstance()->Remove(m_defaultTimer.get()); }
+
+void CViewer::SetTimeSource(CTimeSource* source)
+{
+    m_timeSource = source ? source : new CWallClockTimeSource;
+}
+
+void CViewer::AdvanceFrame()
+{
+    m_clock->Tick(m_timeSource->NextElapsed());
+    m_animations->EvaluateAnimators(m_clock->GetFrameNumber());
+}
+
+bool CViewer::Frame(QImage& image, QString* error)
+{
+    AdvanceFrame();
+    return RenderFrame(image, error);
+}
 
 void CViewer::SetCamera(const CCamera& camera)
 {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "CAnimationManager.h"
 #include "CCamera.h"
+#include "CClock.h"
+#include "CClockTimer.h"
 #include "CReferenced.h"
 #include "CScene.h"
+#include "CTimeSource.h"
 
 #include <QColor>
 #include <QImage>
@@ -25,9 +29,27 @@ namespace vpe {
 //
 // Renders are anti-aliased by drawing at a multiple of the size and averaging
 // down. The dirty flag tells a view that the scene changed and wants a frame.
+//
+// A frame happens in this order: the clock ticks its timers with the length
+// of the frame from the time source, the animation manager evaluates every
+// enabled animator at its timer's value, then the scene is drawn.
 class CViewer : public CReferenced {
 public:
     CViewer();
+
+    CClock* GetClock() const { return m_clock.get(); }
+    // Registered as "VPE_DEFAULT_CLOCK_TIMER" for the viewer's life.
+    CClockTimer* GetDefaultTimer() const { return m_defaultTimer.get(); }
+    CAnimationManager* GetAnimationManager() const { return m_animations.get(); }
+    CTimeSource* GetTimeSource() const { return m_timeSource.get(); }
+    // Null puts the wall clock back.
+    void SetTimeSource(CTimeSource* source);
+
+    // Ticks the clock and evaluates the animators, without drawing.
+    void AdvanceFrame();
+    // A whole frame: advance, then draw the view's camera at the active
+    // viewport size.
+    bool Frame(QImage& image, QString* error = nullptr);
 
     CScene* GetScene() const { return m_scene.get(); }
     CCamera* GetCamera() const { return m_camera.get(); }
@@ -65,6 +87,10 @@ private:
 
     CRefPtr<CScene> m_scene;
     CRefPtr<CCamera> m_camera;
+    CRefPtr<CClock> m_clock;
+    CRefPtr<CClockTimer> m_defaultTimer;
+    CRefPtr<CAnimationManager> m_animations;
+    CRefPtr<CTimeSource> m_timeSource;
     std::unique_ptr<osgViewer::Viewer> m_viewer;
     CRefPtr<osg::Image> m_target;
     int m_viewportWidth = 1280;

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "CAnimation.h"
+#include "CAnimator.h"
+
+#include <map>
+#include <string>
+
+namespace vpe {
+
+// A viewer's animations and animators, by name. An animator is bound to a
+// clock timer (the viewer's default timer when none is given); every frame
+// the manager evaluates the enabled ones, in name order.
+class CAnimationManager : public CReferenced {
+public:
+    explicit CAnimationManager(CClockTimer* defaultTimer) : m_defaultTimer(defaultTimer) {}
+
+    // Null when the name is taken.
+    CAnimation* CreateAnimation(const std::string& name, double length);
+    CAnimation* FindAnimation(const std::string& name) const;
+    void DestroyAnimation(const std::string& name);
+
+    // Null when the name is taken or there is no such animation.
+    CAnimator* CreateAnimator(const std::string& name, CAnimation* animation, CClockTimer* timer = nullptr);
+    CAnimator* FindAnimator(const std::string& name) const;
+    void DestroyAnimator(const std::string& name);
+    std::size_t GetNumAnimators() const { return m_animators.size(); }
+
+    void EvaluateAnimators(unsigned int frame);
+
+protected:
+    ~CAnimationManager() override = default;
+
+private:
+    CClockTimer* m_defaultTimer;
+    std::map<std::string, CRefPtr<CAnimation>> m_animations;
+    std::map<std::string, CRefPtr<CAnimator>> m_animators;
+};
+
+} // namespace vpe
