@@ -51,3 +51,14 @@ void CAnimationManager::EvaluateAnimators(unsigned int frame)
 }
 
 } // namespace vpe
+
+namespace vpe {
+
+CVideoRecorder* CAnimationManager::GetOrCreateVideoRecorder()
+{
+    if (!m_recorder)
+        m_recorder = new CVideoRecorder(m_maker.get());
+    return m_recorder.get();
+}
+
+} // namespace vpe

@@ -2,6 +2,7 @@
 
 #include "CAnimation.h"
 #include "CAnimator.h"
+#include "CVideoRecorder.h"
 
 #include <map>
 #include <string>
@@ -28,6 +29,11 @@ public:
 
     void EvaluateAnimators(unsigned int frame);
 
+    // The recorder of the viewer's video, made on first use over its maker.
+    CVideoRecorder* GetOrCreateVideoRecorder();
+    CVideoRecorder* GetVideoRecorder() const { return m_recorder.get(); }
+    void SetVideoMaker(CVideoMaker* maker) { m_maker = maker; }
+
 protected:
     ~CAnimationManager() override = default;
 
@@ -35,6 +41,8 @@ private:
     CClockTimer* m_defaultTimer;
     std::map<std::string, CRefPtr<CAnimation>> m_animations;
     std::map<std::string, CRefPtr<CAnimator>> m_animators;
+    CRefPtr<CVideoMaker> m_maker;
+    CRefPtr<CVideoRecorder> m_recorder;
 };
 
 } // namespace vpe

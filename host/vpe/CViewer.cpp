@@ -53,8 +53,11 @@ CViewer::CViewer()
       m_clock(new CClock),
       m_defaultTimer(new CClockTimer(m_clock, CClockTimerManager::kDefaultTimerName)),
       m_animations(new CAnimationManager(m_defaultTimer.get())),
-      m_timeSource(new CWallClockTimeSource)
+      m_timeSource(new CWallClockTimeSource),
+      m_videoMaker(new CVideoMaker),
+      m_offscreenTool(new COffscreenTool(this))
 {
+    m_animations->SetVideoMaker(m_videoMaker.get());
     // The newest viewer's default timer is the one found by name.
     CClockTimerManager* timers = CClockTimerManager::GetInstance();
     timers->Remove(CClockTimerManager::kDefaultTimerName);
@@ -81,7 +84,12 @@ void CViewer::AdvanceFrame()
 bool CViewer::Frame(QImage& image, QString* error)
 {
     AdvanceFrame();
-    return RenderFrame(image, error);
+    if (!RenderFrame(image, error))
+        return false;
+    CVideoRecorder* recorder = m_animations->GetVideoRecorder();
+    if (recorder && recorder->IsRecording())
+        recorder->RecordFrame(image);
+    return true;
 }
 
 void CViewer::SetCamera(const CCamera& camera)

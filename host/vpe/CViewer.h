@@ -6,7 +6,9 @@
 #include "CClockTimer.h"
 #include "CReferenced.h"
 #include "CScene.h"
+#include "COffscreenTool.h"
 #include "CTimeSource.h"
+#include "CVideoMaker.h"
 
 #include <QColor>
 #include <QImage>
@@ -45,10 +47,13 @@ public:
     // Null puts the wall clock back.
     void SetTimeSource(CTimeSource* source);
 
+    CVideoMaker* GetVideoMaker() const { return m_videoMaker.get(); }
+    COffscreenTool* GetOffscreenTool() const { return m_offscreenTool.get(); }
+
     // Ticks the clock and evaluates the animators, without drawing.
     void AdvanceFrame();
     // A whole frame: advance, then draw the view's camera at the active
-    // viewport size.
+    // viewport size; a recording video gets the picture.
     bool Frame(QImage& image, QString* error = nullptr);
 
     CScene* GetScene() const { return m_scene.get(); }
@@ -91,6 +96,8 @@ private:
     CRefPtr<CClockTimer> m_defaultTimer;
     CRefPtr<CAnimationManager> m_animations;
     CRefPtr<CTimeSource> m_timeSource;
+    CRefPtr<CVideoMaker> m_videoMaker;
+    CRefPtr<COffscreenTool> m_offscreenTool;
     std::unique_ptr<osgViewer::Viewer> m_viewer;
     CRefPtr<osg::Image> m_target;
     int m_viewportWidth = 1280;
