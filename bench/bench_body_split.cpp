@@ -7,6 +7,8 @@
 #include "host/vpe/CSection.h"
 #include "host/vpe/GBodyBuilder.h"
 
+#include "MedianReporter.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdint>
@@ -115,27 +117,13 @@ BENCHMARK(BM_SplitHorizontal)->Unit(benchmark::kMillisecond)->UseRealTime()->Rep
 BENCHMARK(BM_SplitOblique)->Unit(benchmark::kMillisecond)->UseRealTime()->Repetitions(3)->ReportAggregatesOnly();
 BENCHMARK(BM_SplitThroughAtrium)->Unit(benchmark::kMillisecond)->UseRealTime()->Repetitions(3)->ReportAggregatesOnly();
 
-// Keeps each benchmark's median time so that the ratios can be printed.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs) {
-            if (run.aggregate_name == "median")
-                medians[run.run_name.function_name] = run.GetAdjustedRealTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> medians;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
     std::printf("building of %zu triangles, %d storeys\n", building().GetTriangles().size(), kStoreys);
-    RatioReporter reporter;
+    MedianReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     for (const auto& [name, ms] : reporter.medians)
         std::printf("%s: %.3f ms per split and cap, %.2f of the %.0f ms target\n", name.c_str(), ms, ms / kTargetMs,

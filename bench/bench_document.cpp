@@ -15,6 +15,8 @@
 #include <QTemporaryDir>
 #include <QXmlStreamReader>
 
+#include "MedianReporter.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -102,20 +104,6 @@ BENCHMARK(BM_SaveDocument)->Unit(benchmark::kMillisecond)->Iterations(1)->Repeti
 BENCHMARK(BM_BareXmlPass)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3)->ReportAggregatesOnly();
 BENCHMARK(BM_LoadDocument)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3)->ReportAggregatesOnly();
 
-// Keeps each benchmark's median time so that the ratios can be printed.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs) {
-            if (run.aggregate_name == "median")
-                medians[run.run_name.function_name] = run.GetAdjustedRealTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    std::map<std::string, double> medians;
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -124,7 +112,7 @@ int main(int argc, char** argv)
     PfHostRegisterClasses();
     PfRxEntryPoint(1, nullptr);
     benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
+    MedianReporter reporter;
     std::printf("document of %d animation records over %d elements\n", kRecords, kElements);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     const double save = reporter.medians["BM_SaveDocument"];

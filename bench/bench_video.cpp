@@ -31,13 +31,7 @@ void aimCamera(vpe::CViewer* viewer, int frame)
     // A slow pan along the site, as a fly-through does.
     vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
     const osg::Vec3f eye(-90000.0f + 800.0f * frame, -140000.0f, 90000.0f), target(15000.0f, 0.0f, 5000.0f);
-    osg::Vec3f direction = target - eye;
-    direction.normalize();
-    osg::Vec3f up = (direction ^ osg::Vec3f(0, 0, 1)) ^ direction;
-    up.normalize();
-    camera->SetPosition(eye);
-    camera->SetDirection(direction);
-    camera->SetUpDirection(up);
+    camera->SetLookAt(osg::Vec3d(eye), osg::Vec3d(target));
     viewer->SetCamera(*camera);
 }
 

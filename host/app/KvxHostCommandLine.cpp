@@ -165,13 +165,7 @@ int KvxHostCommandLine::render(const Options& options)
     if (!options.hasCamera)
         threeQuarterView(viewer->GetScene()->GetRootNode(), eye, target);
     vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
-    osg::Vec3d direction = target - eye;
-    direction.normalize();
-    camera->SetPosition(vpe::CVec3<float>(eye));
-    camera->SetDirection(vpe::CVec3<float>(direction));
-    // Up is the world's Z, made square to the view direction.
-    osg::Vec3d up = (direction ^ osg::Vec3d(0, 0, 1)) ^ direction;
-    camera->SetUpDirection(up.length2() > 0 ? vpe::CVec3<float>(up / up.length()) : vpe::CVec3<float>(0, 1, 0));
+    camera->SetLookAt(eye, target);
     camera->SetAspectRatio(float(options.width) / float(options.height));
     viewer->SetCamera(*camera);
     QImage picture;

@@ -53,6 +53,19 @@ void CCamera::SetUpDirection(const CVec3<float>& up, bool normalize)
         m_up.normalize();
 }
 
+void CCamera::SetLookAt(const CVec3<double>& eye, const CVec3<double>& target)
+{
+    CVec3<double> direction = target - eye;
+    if (direction.normalize() <= 0.0)
+        return;
+    CVec3<double> up = (direction ^ CVec3<double>(0.0, 0.0, 1.0)) ^ direction;
+    if (up.normalize() <= 0.0)
+        up.set(0.0, 1.0, 0.0);
+    m_position = CVec3<float>(eye);
+    m_direction = CVec3<float>(direction);
+    m_up = CVec3<float>(up);
+}
+
 CMatrix4<double> CCamera::GetViewMatrix() const
 {
     const CVec3<double> eye(m_position);

@@ -47,6 +47,11 @@ public:
                        double& aspect, double& nearDistance, double& farDistance, double& fieldOfView,
                        double& orthoHeight) const;
 
+    // Puts the eye there and turns the camera to the target, with up the
+    // world's Z made square to the view (or +Y when looking straight down
+    // or up).
+    void SetLookAt(const CVec3<double>& eye, const CVec3<double>& target);
+
     // Looks from the eye along the direction with the up direction, as a
     // view matrix in the row-vector convention.
     CMatrix4<double> GetViewMatrix() const;

@@ -22,13 +22,7 @@ namespace {
 vpe::CRefPtr<vpe::CCamera> lookingAt(const osg::Vec3f& eye)
 {
     vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
-    camera->SetPosition(eye);
-    osg::Vec3f direction = -eye;
-    direction.normalize();
-    camera->SetDirection(direction);
-    osg::Vec3f up = (direction ^ osg::Vec3f(0, 0, 1)) ^ direction;
-    up.normalize();
-    camera->SetUpDirection(up);
+    camera->SetLookAt(osg::Vec3d(eye), osg::Vec3d(0, 0, 0));
     return camera;
 }
 

@@ -5,9 +5,9 @@
 
 namespace {
 
-void expectNear(const osg::Vec3d& actual, const osg::Vec3d& expected)
+void expectNear(const osg::Vec3d& actual, const osg::Vec3d& expected, double tolerance = 1e-9)
 {
-    EXPECT_NEAR((actual - expected).length(), 0.0, 1e-9) << actual.x() << ' ' << actual.y() << ' ' << actual.z();
+    EXPECT_NEAR((actual - expected).length(), 0.0, tolerance) << actual.x() << ' ' << actual.y() << ' ' << actual.z();
 }
 
 TEST(Camera, allParametersRoundTripInDoublePrecision)
@@ -49,6 +49,22 @@ TEST(Camera, viewMatrixLooksAlongTheDirection)
     // In eye space the camera looks down -Z: a point ahead lands on -Z.
     expectNear(osg::Vec3d(0, 0, 0) * camera->GetViewMatrix(), osg::Vec3d(0, 0, -100));
     expectNear(osg::Vec3d(100, 0, 50) * camera->GetViewMatrix(), osg::Vec3d(0, 50, 0));
+}
+
+TEST(Camera, lookAtKeepsTheWorldUpright)
+{
+    vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
+    camera->SetLookAt({0, -100, 100}, {0, 0, 0});
+    const double h = std::sqrt(0.5);
+    // The camera keeps single precision.
+    expectNear(osg::Vec3d(camera->GetDirection()), osg::Vec3d(0, h, -h), 1e-6);
+    expectNear(osg::Vec3d(camera->GetUpDirection()), osg::Vec3d(0, h, h), 1e-6);
+    // Straight down there is no upright: +Y is up on the picture.
+    camera->SetLookAt({5, 5, 100}, {5, 5, 0});
+    expectNear(osg::Vec3d(camera->GetUpDirection()), osg::Vec3d(0, 1, 0));
+    // Eye on the target: nothing to look at, nothing changes.
+    camera->SetLookAt({1, 1, 1}, {1, 1, 1});
+    expectNear(osg::Vec3d(camera->GetPosition()), osg::Vec3d(5, 5, 100));
 }
 
 TEST(Quaternion, rotationMatrixRowsAreTheImagesOfTheAxes)
