@@ -1,30 +1,23 @@
 #include "GBodyBuilder.h"
 
 #include "CPlane.h"
+#include "CRingTriangulator.h"
 #include "CSection.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <limits>
-#include <unordered_map>
 #include <utility>
 
 namespace vpe {
 
 namespace {
 
-using Ring = std::vector<std::uint32_t>;
+using Ring = CRingTriangulator::Ring;
 
 // Corners whose turn is below this (as a sine) are taken as straight.
 constexpr double kStraight = 1e-10;
-
-double cross(const osg::Vec2d& a, const osg::Vec2d& b, const osg::Vec2d& c)
-{
-    return (b.x() - a.x()) * (c.y() - a.y()) - (b.y() - a.y()) * (c.x() - a.x());
-}
 
 double signedArea(const std::vector<osg::Vec2d>& points, const Ring& ring)
 {
@@ -42,13 +35,6 @@ double signedArea(const std::vector<osg::Vec2d>& loop)
     return ring.empty() ? 0.0 : signedArea(loop, ring);
 }
 
-struct PointHash {
-    std::size_t operator()(const osg::Vec2d& p) const
-    {
-        return std::hash<double>()(p.x()) * 31 + std::hash<double>()(p.y());
-    }
-};
-
 bool ringContains(const std::vector<osg::Vec2d>& points, const Ring& ring, const osg::Vec2d& p)
 {
     bool inside = false;
@@ -61,404 +47,6 @@ bool ringContains(const std::vector<osg::Vec2d>& points, const Ring& ring, const
     return inside;
 }
 
-// Ear clipping of one ring, with holes joined in by bridges. The ring is a
-// doubly linked list of nodes over the points; a bridge doubles the nodes at
-// its two ends, so a point may appear more than once. A candidate ear that
-// holds any point of the ring holds a reflex (or straight) one, so only those
-// are kept as blockers to test against.
-class RingTriangulator {
-public:
-    // sign: +1 for a counter-clockwise ring, -1 for a clockwise one.
-    RingTriangulator(const std::vector<osg::Vec2d>& points, const Ring& ring, double sign);
-    void AddHoles(std::vector<const Ring*> holes);
-    void Triangulate(std::vector<CBody::Triangle>& triangles);
-
-private:
-    struct Node {
-        std::uint32_t index;
-        int prev;
-        int next;
-        bool reflex = false;
-        bool blocker = false;
-        bool removed = false;
-    };
-
-    const osg::Vec2d& At(int node) const { return m_points[m_nodes[node].index]; }
-    int AddNode(std::uint32_t index);
-    int AddLoop(const Ring& ring);
-    void Link(int a, int b);
-    void AddHole(const Ring& hole);
-    bool FindTouch(int hole, int& from, int& to) const;
-    int FindBridge(int hole) const;
-    int Nearest(const osg::Vec2d& p) const;
-    int MostVisible(int hole, int candidate, double hitX) const;
-    int Distinct(int node, bool forward) const;
-    bool IsLocallyInside(int node, const osg::Vec2d& p) const;
-    double Turn(int node) const;
-    void UpdateReflex(int node);
-    int RemoveFlat(int node, std::size_t& count, std::vector<CBody::Triangle>& triangles);
-    void Clip(int node, std::vector<CBody::Triangle>& triangles);
-    bool IsEar(int node, bool touchingBlocks) const;
-    int FallbackEar(int node) const;
-    void Remove(int node);
-    void PruneBlockers();
-
-    const std::vector<osg::Vec2d>& m_points;
-    double m_sign;
-    std::vector<Node> m_nodes;
-    std::vector<int> m_blockers;
-    std::size_t m_deadBlockers = 0;
-    int m_start;
-};
-
-RingTriangulator::RingTriangulator(const std::vector<osg::Vec2d>& points, const Ring& ring, double sign)
-    : m_points(points), m_sign(sign)
-{
-    m_nodes.reserve(ring.size() + 8);
-    m_start = AddLoop(ring);
-}
-
-int RingTriangulator::AddNode(std::uint32_t index)
-{
-    m_nodes.push_back({index, -1, -1});
-    return static_cast<int>(m_nodes.size()) - 1;
-}
-
-void RingTriangulator::Link(int a, int b)
-{
-    m_nodes[a].next = b;
-    m_nodes[b].prev = a;
-}
-
-int RingTriangulator::AddLoop(const Ring& ring)
-{
-    const int first = AddNode(ring.front());
-    int last = first;
-    for (std::size_t i = 1; i < ring.size(); ++i) {
-        const int node = AddNode(ring[i]);
-        Link(last, node);
-        last = node;
-    }
-    Link(last, first);
-    return first;
-}
-
-void RingTriangulator::AddHoles(std::vector<const Ring*> holes)
-{
-    // Joining holes from the right means that the ray from a hole's
-    // rightmost point never meets a hole not yet joined.
-    auto maxX = [this](const Ring* ring) {
-        double x = -std::numeric_limits<double>::infinity();
-        for (std::uint32_t index : *ring)
-            x = std::max(x, m_points[index].x());
-        return x;
-    };
-    std::sort(holes.begin(), holes.end(), [&](const Ring* a, const Ring* b) { return maxX(a) > maxX(b); });
-    for (const Ring* hole : holes)
-        AddHole(*hole);
-}
-
-void RingTriangulator::AddHole(const Ring& hole)
-{
-    const int first = AddLoop(hole);
-    int from = first, to = -1;
-    if (!FindTouch(first, from, to)) {
-        for (int node = m_nodes[first].next; node != first; node = m_nodes[node].next) {
-            const osg::Vec2d& p = At(node);
-            if (p.x() > At(from).x() || (p.x() == At(from).x() && p.y() < At(from).y()))
-                from = node;
-        }
-        to = FindBridge(from);
-    }
-    // The ring runs ... bridge end, hole point, around the hole, hole point,
-    // bridge end ...: the two copies let each side of the bridge be clipped.
-    const int toCopy = AddNode(m_nodes[to].index);
-    const int fromCopy = AddNode(m_nodes[from].index);
-    const int toNext = m_nodes[to].next;
-    const int fromPrev = m_nodes[from].prev;
-    Link(to, from);
-    Link(fromPrev, fromCopy);
-    Link(fromCopy, toCopy);
-    Link(toCopy, toNext);
-}
-
-bool RingTriangulator::FindTouch(int hole, int& from, int& to) const
-{
-    // Where the hole touches the ring, a bridge of no length is the one that
-    // cannot cross anything; ear tests would not see past the two copies of
-    // that point otherwise.
-    std::unordered_map<osg::Vec2d, int, PointHash> points;
-    int node = hole;
-    do {
-        points.emplace(At(node), node);
-        node = m_nodes[node].next;
-    } while (node != hole);
-    node = m_start;
-    do {
-        const auto touch = points.find(At(node));
-        if (touch != points.end()) {
-            from = touch->second;
-            to = node;
-            return true;
-        }
-        node = m_nodes[node].next;
-    } while (node != m_start);
-    return false;
-}
-
-int RingTriangulator::FindBridge(int hole) const
-{
-    // Cast a ray towards +x and take the nearest edge it meets. It leaves the
-    // material there, so only edges running upwards (material on their left)
-    // count.
-    const osg::Vec2d& h = At(hole);
-    double hitX = std::numeric_limits<double>::infinity();
-    int candidate = -1;
-    int node = m_start;
-    do {
-        const int next = m_nodes[node].next;
-        const osg::Vec2d& a = At(node);
-        const osg::Vec2d& b = At(next);
-        if (a.y() <= h.y() && h.y() <= b.y() && a.y() < b.y()) {
-            const double x = a.x() + (h.y() - a.y()) * (b.x() - a.x()) / (b.y() - a.y());
-            if (x >= h.x() && x < hitX) {
-                hitX = x;
-                candidate = a.x() > b.x() ? node : next;
-            }
-        }
-        node = next;
-    } while (node != m_start);
-    // A ray that meets nothing leaves a hole outside its loop; the nearest
-    // point still keeps the ring whole.
-    return candidate < 0 ? Nearest(h) : MostVisible(hole, candidate, hitX);
-}
-
-int RingTriangulator::Nearest(const osg::Vec2d& p) const
-{
-    int nearest = m_start;
-    for (int node = m_nodes[m_start].next; node != m_start; node = m_nodes[node].next) {
-        if ((At(node) - p).length2() < (At(nearest) - p).length2())
-            nearest = node;
-    }
-    return nearest;
-}
-
-int RingTriangulator::MostVisible(int hole, int candidate, double hitX) const
-{
-    // The edge's far end may be hidden behind other vertices inside the
-    // triangle (hole point, hit point, far end); of those, the one seen at
-    // the smallest angle from the ray is visible. Where several nodes share
-    // a point, only one has the hole within its corner.
-    const osg::Vec2d& h = At(hole);
-    const osg::Vec2d hit(hitX, h.y());
-    const osg::Vec2d m = At(candidate);
-    const double side = cross(h, hit, m);
-    int best = -1;
-    double bestTan = std::numeric_limits<double>::infinity();
-    int node = m_start;
-    do {
-        const osg::Vec2d& p = At(node);
-        const bool inside = p.x() > h.x() && cross(h, hit, p) * side >= 0.0 && cross(hit, m, p) * side >= 0.0 &&
-                            cross(m, h, p) * side >= 0.0;
-        if (inside && IsLocallyInside(node, h)) {
-            const double tan = std::abs(p.y() - h.y()) / (p.x() - h.x());
-            if (best < 0 || tan < bestTan || (tan == bestTan && p.x() < At(best).x())) {
-                best = node;
-                bestTan = tan;
-            }
-        }
-        node = m_nodes[node].next;
-    } while (node != m_start);
-    return best < 0 ? candidate : best;
-}
-
-int RingTriangulator::Distinct(int node, bool forward) const
-{
-    int other = node;
-    do
-        other = forward ? m_nodes[other].next : m_nodes[other].prev;
-    while (At(other) == At(node) && other != node);
-    return other;
-}
-
-bool RingTriangulator::IsLocallyInside(int node, const osg::Vec2d& p) const
-{
-    // The corner is taken between the nearest other points, so that copies
-    // of a point made by bridges do not hide it.
-    const osg::Vec2d& a = At(Distinct(node, false));
-    const osg::Vec2d& b = At(node);
-    const osg::Vec2d& c = At(Distinct(node, true));
-    const bool leftOfOutgoing = m_sign * cross(b, c, p) >= 0.0;
-    const bool leftOfIncoming = m_sign * cross(a, b, p) >= 0.0;
-    return m_sign * cross(a, b, c) >= 0.0 ? leftOfOutgoing && leftOfIncoming : leftOfOutgoing || leftOfIncoming;
-}
-
-double RingTriangulator::Turn(int node) const
-{
-    return m_sign * cross(At(m_nodes[node].prev), At(node), At(m_nodes[node].next));
-}
-
-void RingTriangulator::UpdateReflex(int node)
-{
-    Node& n = m_nodes[node];
-    const bool wasReflex = n.reflex;
-    n.reflex = Turn(node) <= 0.0;
-    if (n.reflex && !n.blocker) {
-        n.blocker = true;
-        m_blockers.push_back(node);
-    } else if (wasReflex && !n.reflex) {
-        ++m_deadBlockers;
-    }
-}
-
-bool RingTriangulator::IsEar(int node, bool touchingBlocks) const
-{
-    const int prev = m_nodes[node].prev;
-    const int next = m_nodes[node].next;
-    const osg::Vec2d& a = At(prev);
-    const osg::Vec2d& b = At(node);
-    const osg::Vec2d& c = At(next);
-    if (m_sign * cross(a, b, c) <= 0.0)
-        return false;
-    const double minX = std::min({a.x(), b.x(), c.x()}), maxX = std::max({a.x(), b.x(), c.x()});
-    const double minY = std::min({a.y(), b.y(), c.y()}), maxY = std::max({a.y(), b.y(), c.y()});
-    for (int blocker : m_blockers) {
-        const Node& n = m_nodes[blocker];
-        if (n.removed || !n.reflex || blocker == prev || blocker == node || blocker == next)
-            continue;
-        const osg::Vec2d& p = At(blocker);
-        if (p.x() < minX || p.x() > maxX || p.y() < minY || p.y() > maxY || p == a || p == b || p == c)
-            continue;
-        const double ab = m_sign * cross(a, b, p), bc = m_sign * cross(b, c, p), ca = m_sign * cross(c, a, p);
-        if (touchingBlocks ? ab >= 0.0 && bc >= 0.0 && ca >= 0.0 : ab > 0.0 && bc > 0.0 && ca > 0.0)
-            return false;
-    }
-    return true;
-}
-
-int RingTriangulator::FallbackEar(int node) const
-{
-    // Only a ring that touches or crosses itself gets here, as where two
-    // holes share an edge. An ear that other points only touch comes
-    // first, then any convex corner, which does the least harm.
-    int candidate = node;
-    do {
-        if (IsEar(candidate, false))
-            return candidate;
-        candidate = m_nodes[candidate].next;
-    } while (candidate != node);
-    do {
-        if (Turn(candidate) > 0.0)
-            return candidate;
-        candidate = m_nodes[candidate].next;
-    } while (candidate != node);
-    return node;
-}
-
-void RingTriangulator::Remove(int node)
-{
-    Node& n = m_nodes[node];
-    n.removed = true;
-    if (n.blocker && n.reflex)
-        ++m_deadBlockers;
-    Link(n.prev, n.next);
-    if (m_start == node)
-        m_start = n.next;
-    UpdateReflex(n.prev);
-    UpdateReflex(n.next);
-    if (2 * m_deadBlockers > m_blockers.size())
-        PruneBlockers();
-}
-
-void RingTriangulator::PruneBlockers()
-{
-    auto dead = [this](int node) {
-        Node& n = m_nodes[node];
-        if (!n.removed && n.reflex)
-            return false;
-        n.blocker = false;
-        return true;
-    };
-    m_blockers.erase(std::remove_if(m_blockers.begin(), m_blockers.end(), dead), m_blockers.end());
-    m_deadBlockers = 0;
-}
-
-int RingTriangulator::RemoveFlat(int node, std::size_t& count, std::vector<CBody::Triangle>& triangles)
-{
-    const int prev = m_nodes[node].prev;
-    const osg::Vec2d& a = At(prev);
-    const osg::Vec2d& b = At(node);
-    const osg::Vec2d& c = At(m_nodes[node].next);
-    // A straight corner, a spike (as at the far end of a bridge) or a step of
-    // no length encloses nothing: clipping it leaves the region as it was,
-    // and its sliver keeps the ring's edges closed.
-    if (std::abs(cross(a, b, c)) > kStraight * (b - a).length() * (c - b).length())
-        return -1;
-    Clip(node, triangles);
-    count -= 1;
-    return prev;
-}
-
-void RingTriangulator::Clip(int node, std::vector<CBody::Triangle>& triangles)
-{
-    const CBody::Triangle t{m_nodes[m_nodes[node].prev].index, m_nodes[node].index,
-                            m_nodes[m_nodes[node].next].index};
-    // With a corner repeated (out along a bridge and back) the triangle's
-    // edges pair up among themselves, and it is left out.
-    if (t[0] != t[1] && t[1] != t[2] && t[2] != t[0])
-        triangles.push_back(t);
-    Remove(node);
-}
-
-void RingTriangulator::Triangulate(std::vector<CBody::Triangle>& triangles)
-{
-    std::size_t count = 0;
-    std::vector<int> pending;
-    int node = m_start;
-    do {
-        UpdateReflex(node);
-        pending.push_back(node);
-        ++count;
-        node = m_nodes[node].next;
-    } while (node != m_start);
-
-    // Flat corners go first, which leaves only true corners to search ears
-    // among: finely divided straight edges would otherwise make every ear
-    // test pay for every point along them.
-    while (!pending.empty() && count > 3) {
-        node = pending.back();
-        pending.pop_back();
-        if (m_nodes[node].removed)
-            continue;
-        const int prev = RemoveFlat(node, count, triangles);
-        if (prev >= 0) {
-            pending.push_back(prev);
-            pending.push_back(m_nodes[prev].next);
-        }
-    }
-
-    node = m_start;
-    std::size_t misses = 0;
-    while (count > 3) {
-        const int prev = RemoveFlat(node, count, triangles);
-        if (prev >= 0) {
-            node = m_nodes[prev].next;
-        } else if (IsEar(node, true) || misses >= count) {
-            const int ear = misses >= count ? FallbackEar(node) : node;
-            const int earNext = m_nodes[ear].next;
-            Clip(ear, triangles);
-            count -= 1;
-            node = earNext;
-        } else {
-            node = m_nodes[node].next;
-            ++misses;
-            continue;
-        }
-        misses = 0;
-    }
-    if (count == 3)
-        Clip(node, triangles);
-}
 
 // The outer loop that holds the hole: the smallest that contains one of its
 // points. A hole point may lie on an outer loop where the two touch, so
@@ -509,11 +97,11 @@ std::vector<CBody::Triangle> GBodyBuilder::TriangulateLoops(const std::vector<st
         } else {
             // A stray hole is still covered, so that a mesh closed along it
             // stays closed.
-            RingTriangulator(points, rings[hole], -1.0).Triangulate(triangles);
+            CRingTriangulator(points, rings[hole], -1.0).Triangulate(triangles);
         }
     }
     for (std::size_t k = 0; k < outers.size(); ++k) {
-        RingTriangulator triangulator(points, rings[outers[k]], 1.0);
+        CRingTriangulator triangulator(points, rings[outers[k]], 1.0);
         triangulator.AddHoles(holesOf[k]);
         triangulator.Triangulate(triangles);
     }
