@@ -279,30 +279,45 @@ bool PfDbXmlScanner::readNextStartElement()
     }
     if (m_open.empty())
         return false;
+    switch (nextTag(nullptr)) {
+    case Tag::End: readEndTag(); return false;
+    case Tag::Start: return readStartTag();
+    case Tag::Failed: return false;
+    }
+    return false;
+}
+
+PfDbXmlScanner::Tag PfDbXmlScanner::nextTag(std::string* text)
+{
     for (;;) {
         const char* next = static_cast<const char*>(std::memchr(m_pos, '<', static_cast<std::size_t>(m_end - m_pos)));
         if (!next) {
             m_pos = m_end;
-            return fail("unexpected end of document");
+            fail("unexpected end of document");
+            return Tag::Failed;
         }
+        if (text && !decode(std::string_view(m_pos, static_cast<std::size_t>(next - m_pos)), *text))
+            return Tag::Failed;
         m_pos = next;
+        std::string_view cdata;
         if (startsWith("<!--")) {
             if (!skipComment())
-                return false;
+                return Tag::Failed;
         } else if (startsWith("<?")) {
             if (!skipProcessingInstruction())
-                return false;
+                return Tag::Failed;
         } else if (startsWith("<![CDATA[")) {
-            std::string_view ignored;
-            if (!readCdata(ignored))
-                return false;
+            if (!readCdata(cdata))
+                return Tag::Failed;
+            if (text)
+                text->append(cdata);
         } else if (startsWith("</")) {
-            readEndTag();
-            return false;
+            return Tag::End;
         } else if (startsWith("<!")) {
-            return fail("unexpected markup");
+            fail("unexpected markup");
+            return Tag::Failed;
         } else {
-            return readStartTag();
+            return Tag::Start;
         }
     }
 }
@@ -401,44 +416,28 @@ bool PfDbXmlScanner::readElementText(std::string_view& text)
         readNextStartElement();
         return true;
     }
-    for (;;) {
-        const char* next = static_cast<const char*>(std::memchr(m_pos, '<', static_cast<std::size_t>(m_end - m_pos)));
-        if (!next) {
-            m_pos = m_end;
-            return fail("unexpected end of document");
-        }
+    // The common case: plain text right up to the end tag, read in place.
+    const char* next = static_cast<const char*>(std::memchr(m_pos, '<', static_cast<std::size_t>(m_end - m_pos)));
+    if (next && m_end - next > 1 && next[1] == '/') {
         const std::string_view piece(m_pos, static_cast<std::size_t>(next - m_pos));
-        if (m_text.empty() && m_end - next > 1 && next[1] == '/' && piece.find('&') == std::string_view::npos) {
-            // The common case: plain text right up to the end tag.
+        if (piece.find('&') == std::string_view::npos) {
             m_pos = next;
             if (!readEndTag())
                 return false;
             text = piece;
             return true;
         }
-        if (!decode(piece, m_text))
-            return false;
-        m_pos = next;
-        if (startsWith("<!--")) {
-            if (!skipComment())
-                return false;
-        } else if (startsWith("<![CDATA[")) {
-            std::string_view content;
-            if (!readCdata(content))
-                return false;
-            m_text.append(content);
-        } else if (startsWith("<?")) {
-            if (!skipProcessingInstruction())
-                return false;
-        } else if (startsWith("</")) {
-            if (!readEndTag())
-                return false;
-            text = m_text;
-            return true;
-        } else {
-            return fail("an element holds an element where text was expected");
-        }
     }
+    switch (nextTag(&m_text)) {
+    case Tag::End:
+        if (!readEndTag())
+            return false;
+        text = m_text;
+        return true;
+    case Tag::Start: return fail("an element holds an element where text was expected");
+    case Tag::Failed: return false;
+    }
+    return false;
 }
 
 void PfDbXmlScanner::skipCurrentElement()

@@ -42,6 +42,11 @@ public:
     int lineNumber() const;
 
 private:
+    enum class Tag { Start, End, Failed };
+
+    // Moves to the next tag, past comments, processing instructions and
+    // CDATA; the text on the way (CDATA included) goes to text when given.
+    Tag nextTag(std::string* text);
     bool fail(const char* message);
     bool atEnd() const { return m_pos >= m_end; }
     bool startsWith(std::string_view text) const;
