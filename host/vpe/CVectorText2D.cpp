@@ -48,6 +48,7 @@ osgText::Text::AlignmentType alignmentOf(CVectorText2D::AlignmentScheme scheme)
     case CVectorText2D::CenterCenter: return osgText::Text::CENTER_CENTER;
     case CVectorText2D::LeftTop: return osgText::Text::LEFT_TOP;
     case CVectorText2D::CenterTop: return osgText::Text::CENTER_TOP;
+    case CVectorText2D::CenterBaseLine: return osgText::Text::CENTER_BASE_LINE;
     }
     return osgText::Text::CENTER_BOTTOM;
 }

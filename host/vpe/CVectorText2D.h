@@ -20,6 +20,8 @@ public:
         CenterCenter = 3,
         LeftTop = 4,
         CenterTop = 5,
+        // The anchor on the middle of the first line's base line.
+        CenterBaseLine = 6,
     };
 
     CVectorText2D();

@@ -1,0 +1,522 @@
+#include "KVXAnimatorManager.h"
+
+#include "KVXAnimationDocumentReactor.h"
+#include "KVXAnimationNames.h"
+#include "KVXTowerAnimation.h"
+#include "host/db/PfDbDatabase.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDocManager.h"
+#include "host/model/KVX3dsBaseObject.h"
+#include "host/model/KVXTowerCraneObject.h"
+#include "host/model/PfGsUtility.h"
+#include "host/rx/PfRxClass.h"
+#include "host/vpe/CVectorText2D.h"
+#include "host/vpe/CViewer.h"
+#include "host/vpe/CVisualNode.h"
+#include "keyframe/KVXDateAnimationClockTimer.h"
+
+#include <osg/ComputeBoundsVisitor>
+
+#include <algorithm>
+#include <unordered_set>
+
+PFRX_DEFINE_MEMBERS(KVXAnimatorManager, PfDbDatabaseReactor, nullptr)
+
+KVXAnimatorManager* KVXAnimatorManager::m_instance = nullptr;
+int KVXAnimatorManager::m_newNumber = 0;
+
+namespace {
+
+// Labels float this far (model units) over the top of their element.
+constexpr double kSignHeightOverElement = 10.0;
+constexpr float kSignSize = 15.0f;
+
+PfDbDocument* currentDocument() { return PfDocManagerPtr()->CurrentDocument(); }
+
+KVXDateAnimationClockTimer* dateClock()
+{
+    return KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
+}
+
+// The end of a record's days, its loop included.
+QDate lastDayOf(const KVXAnimation* record)
+{
+    if (record->getLoopPlayback() && record->getLoopEndDate() > record->getEndDate())
+        return record->getLoopEndDate();
+    return record->getEndDate();
+}
+
+} // namespace
+
+KVXAnimatorManager::KVXAnimatorManager()
+    : m_documentReactor(std::make_unique<KVXAnimationDocumentReactor>(this))
+{
+}
+
+KVXAnimatorManager::~KVXAnimatorManager() = default;
+
+KVXAnimatorManager* KVXAnimatorManager::getInstance()
+{
+    if (!m_instance) {
+        if (!Desc()) {
+            PfDbDatabaseReactor::Desc();
+            RxInit();
+        }
+        m_instance = new KVXAnimatorManager();
+    }
+    return m_instance;
+}
+
+// ---- records -------------------------------------------------------------
+
+KVXAnimation* KVXAnimatorManager::createAnimation(qint64 objId, KVXAnimation::AnimType type,
+                                                  KVXAnimation::TranslationType translation)
+{
+    PfDbDocument* document = currentDocument();
+    PfDbObject* item = document ? document->GetItem(static_cast<PfDbHandle>(objId)) : nullptr;
+    if (!item)
+        return nullptr;
+    const int number = ++m_newNumber;
+    if (KVXTowerCraneObject::Cast(item))
+        return new KVXTowerAnimation(number, objId, type, translation);
+    return new KVXAnimation(number, objId, type, translation);
+}
+
+KVXAnimation* KVXAnimatorManager::addKvxAnimation(qint64 objId, KVXAnimation::AnimType type,
+                                                  KVXAnimation::TranslationType translation)
+{
+    KVXAnimation* record = createAnimation(objId, type, translation);
+    if (!record)
+        return nullptr;
+    appendRecord(record);
+    if (PfDbDocument* document = currentDocument())
+        document->GetDatabase()->GetModelSpace()->Add(record);
+    addSignToScence(record->getNumber());
+    return record;
+}
+
+void KVXAnimatorManager::appendRecord(KVXAnimation* record)
+{
+    m_animations.push_back(record);
+    m_animationsByNumber.emplace(record->getNumber(), record);
+    m_animationsByObjId[record->getObjId()].push_back(record);
+}
+
+void KVXAnimatorManager::unindexRecord(KVXAnimation* record)
+{
+    auto it = m_animationsByObjId.find(record->getObjId());
+    if (it == m_animationsByObjId.end())
+        return;
+    std::vector<KVXAnimation*>& records = it->second;
+    records.erase(std::remove(records.begin(), records.end(), record), records.end());
+    if (records.empty())
+        m_animationsByObjId.erase(it);
+}
+
+void KVXAnimatorManager::removeFromDocument(KVXAnimation* record)
+{
+    PfDbDocument* document = currentDocument();
+    if (document && record->GetDatabase() == document->GetDatabase())
+        document->GetDatabase()->GetModelSpace()->Remove(record);
+}
+
+KVXAnimation* KVXAnimatorManager::findKVXAnimation(int number) const
+{
+    auto it = m_animationsByNumber.find(number);
+    return it == m_animationsByNumber.end() ? nullptr : it->second;
+}
+
+void KVXAnimatorManager::GetALlAnimationByObjId(qint64 objId, std::vector<KVXAnimation*>& out) const
+{
+    auto it = m_animationsByObjId.find(objId);
+    if (it != m_animationsByObjId.end())
+        out.insert(out.end(), it->second.begin(), it->second.end());
+}
+
+std::vector<KVXAnimation*> KVXAnimatorManager::findAnimationsByObjId(qint64 objId) const
+{
+    std::vector<KVXAnimation*> records;
+    GetALlAnimationByObjId(objId, records);
+    return records;
+}
+
+void KVXAnimatorManager::deleteKvxAnimation(int number)
+{
+    auto entry = m_animationsByNumber.find(number);
+    if (entry == m_animationsByNumber.end())
+        return;
+    deleteSign(number);
+    m_animationsByNumber.erase(entry);
+    auto it = std::find_if(m_animations.begin(), m_animations.end(),
+                           [number](const KVXAnimation* record) { return record->getNumber() == number; });
+    if (it == m_animations.end())
+        return;
+    KVXAnimation* record = *it;
+    removeFromDocument(record);
+    if (record->getAnimationType() == KVXAnimation::Path)
+        PfGsUtility::Refresh();
+    unindexRecord(record);
+    m_animations.erase(it);
+}
+
+bool KVXAnimatorManager::deleteAnimationByObjId(qint64 objId)
+{
+    auto it = m_animationsByObjId.find(objId);
+    if (it == m_animationsByObjId.end())
+        return false;
+    const std::vector<KVXAnimation*> records = it->second;
+    // All of the element's records go, so its label goes with them.
+    removeSign(objId);
+    const std::unordered_set<const KVXAnimation*> doomed(records.begin(), records.end());
+    m_animations.erase(std::remove_if(m_animations.begin(), m_animations.end(),
+                                      [&doomed](const KVXAnimation* record) { return doomed.count(record) > 0; }),
+                       m_animations.end());
+    m_animationsByObjId.erase(it);
+    for (KVXAnimation* record : records) {
+        auto byNumber = m_animationsByNumber.find(record->getNumber());
+        if (byNumber != m_animationsByNumber.end() && byNumber->second == record)
+            m_animationsByNumber.erase(byNumber);
+        if (record->getAnimationType() == KVXAnimation::Path)
+            PfGsUtility::ShowObject(static_cast<PfDbHandle>(record->getObjId()));
+        removeFromDocument(record);
+    }
+    return true;
+}
+
+void KVXAnimatorManager::CopyAnimationToElement(qint64 objId, std::vector<KVXAnimation*>& source,
+                                                std::vector<KVXAnimation*>& result)
+{
+    for (const KVXAnimation* original : source) {
+        if (!original)
+            continue;
+        KVXAnimation* copy = addKvxAnimation(objId, original->getAnimationType(), original->getTranslationType());
+        if (!copy)
+            return;
+        // The copy keeps what belongs to its element: number, element and
+        // the cut range measured on it.
+        const int number = copy->getNumber();
+        const vpe::CVec3<double> start = copy->getAnimStartPoint();
+        const vpe::CVec3<double> end = copy->getAnimEndPoint();
+        copy->CopyFrom(original);
+        copy->setNumber(number);
+        copy->setObjId(objId);
+        copy->setAnimStartPoint(start);
+        copy->setAnimEndPoint(end);
+        copy->setAnimation(nullptr);
+        copy->setAnimator(nullptr);
+        copy->setAntiNode(nullptr);
+        copy->setPlaying(false);
+        copy->setPlayed(false);
+        if (copy->GetDatabase())
+            copy->GetDatabase()->NotifyModified(copy);
+        result.push_back(copy);
+    }
+}
+
+void KVXAnimatorManager::clearAnimations()
+{
+    m_animations.clear();
+    m_animationsByNumber.clear();
+    m_animationsByObjId.clear();
+    m_newNumber = 0;
+}
+
+void KVXAnimatorManager::readAnimationData()
+{
+    PfDbDocument* document = currentDocument();
+    PfDbObjContainer* modelSpace = document ? document->GetDatabase()->GetModelSpace() : nullptr;
+    if (!modelSpace)
+        return;
+    int largest = 0;
+    for (PfDbObject* object : *modelSpace) {
+        KVXAnimation* record = KVXAnimation::Cast(object);
+        if (!record)
+            continue;
+        largest = std::max(largest, record->getNumber());
+        record->setAnimation(nullptr);
+        record->setAnimator(nullptr);
+        appendRecord(record);
+    }
+    m_newNumber = largest;
+    setAllPathInvisable();
+    emit dataChangedSignal();
+}
+
+// ---- the database ----------------------------------------------------------
+
+void KVXAnimatorManager::followDocument(PfDbDocument* document)
+{
+    dropSigns();
+    clearAnimations();
+    attachDatabase(document ? document->GetDatabase() : nullptr);
+    if (document) {
+        readAnimationData();
+        resetSigns();
+    } else {
+        emit dataChangedSignal();
+    }
+}
+
+void KVXAnimatorManager::attachDatabase(PfDbDatabase* database)
+{
+    if (database == m_database)
+        return;
+    if (m_database)
+        m_database->RemoveReactor(this);
+    m_database = database;
+    if (m_database)
+        m_database->AddReactor(this);
+}
+
+void KVXAnimatorManager::objectErased(const PfDbDatabase*, const PfDbObject* object, bool erasing)
+{
+    if (!erasing || !object)
+        return;
+    if (!KVXElementObject::Cast(object) && !KVX3dsBaseObject::Cast(object))
+        return;
+    const PfDbHandle handle = object->GetHandle();
+    if (handle == kPfDbNullHandle)
+        return;
+    if (deleteAnimationByObjId(static_cast<qint64>(handle)))
+        emit dataChangedSignal();
+}
+
+void KVXAnimatorManager::goodbye(const PfDbDatabase* database)
+{
+    if (database == m_database)
+        m_database = nullptr;
+}
+
+// ---- the date span ---------------------------------------------------------
+
+void KVXAnimatorManager::updateAllAnimationsDateRange()
+{
+    QDate start(9999, 1, 1);
+    QDate latestEnd; // invalid: below every valid date
+    if (m_animations.empty()) {
+        start = latestEnd = QDate::currentDate();
+    } else {
+        for (const KVXAnimation* record : m_animations) {
+            // A record with a damaged date has no place on the calendar; it
+            // must not drag the whole schedule to an invalid start.
+            const QDate& recordStart = record->getStartDate();
+            if (recordStart.isValid() && recordStart < start)
+                start = recordStart;
+            const QDate last = lastDayOf(record);
+            if (last.isValid() && last > latestEnd)
+                latestEnd = last;
+        }
+        if (!latestEnd.isValid())
+            latestEnd = start;
+    }
+    m_allStartDate = start;
+    m_allTimeLength = static_cast<double>(start.daysTo(latestEnd)) * m_dayToSeconds;
+    if (KVXDateAnimationClockTimer* clock = dateClock()) {
+        clock->SetEndTime(m_allTimeLength);
+        clock->SetDateRange(start, latestEnd);
+    }
+}
+
+QDate KVXAnimatorManager::getAllAnimationsEndDate() const
+{
+    if (m_dayToSeconds == 0.0)
+        return m_allStartDate;
+    return m_allStartDate.addDays(static_cast<qint64>(m_allTimeLength / m_dayToSeconds));
+}
+
+double KVXAnimatorManager::getAnimationTimeAtDate(const QDate& date) const
+{
+    return static_cast<double>(m_allStartDate.daysTo(date)) * m_dayToSeconds;
+}
+
+// ---- playback --------------------------------------------------------------
+
+void KVXAnimatorManager::stop()
+{
+    if (KVXDateAnimationClockTimer* clock = dateClock())
+        clock->Rewind();
+    clearVPEAnimations();
+    m_playState = 0;
+}
+
+void KVXAnimatorManager::stopSlot()
+{
+    stop();
+    if (!m_isPreviewing)
+        return;
+    m_isPreviewing = false;
+    emit isPreviewingSignal(false);
+    setSignsVisible(true);
+}
+
+void KVXAnimatorManager::clearVPEAnimations()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    vpe::CAnimationManager* engine = viewer->GetAnimationManager();
+    for (KVXAnimation* record : m_animations) {
+        vpe::CAnimation* animation = record->getAnimation();
+        if (!animation)
+            continue;
+        const std::string name = animation->GetName();
+        engine->DestroyAnimation(name);
+        engine->DestroyAnimator(name);
+        record->setAnimation(nullptr);
+        record->setAnimator(nullptr);
+    }
+}
+
+void KVXAnimatorManager::startAnimators()
+{
+    for (KVXAnimation* record : m_animations) {
+        if (vpe::CAnimator* animator = record->getAnimator())
+            animator->Enable();
+    }
+    if (vpe::CViewer* viewer = PfGsUtility::CurrentViewer())
+        viewer->SetDirty();
+}
+
+void KVXAnimatorManager::setAllPathInvisable()
+{
+    for (KVXAnimation* record : m_animations) {
+        if (record->getAnimationType() != KVXAnimation::Path || !record->getVisibleFroAnimation())
+            continue;
+        record->setVisibleFroAnimation(false);
+        if (PfDbDatabase* database = record->GetDatabase())
+            database->NotifyModified(record);
+    }
+}
+
+// ---- signs -----------------------------------------------------------------
+
+vpe::CGroupNode* KVXAnimatorManager::getSignGroupNode()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return m_signGroupNode.get();
+    vpe::CGroupNode* root = viewer->GetScene()->GetRootNode();
+    if (!m_signGroupNode) {
+        m_signGroupNode = new vpe::CGroupNode;
+        m_signGroupNode->setName("kvx_animation_signs");
+    }
+    if (!root->containsNode(m_signGroupNode.get())) {
+        // The view was replaced: the labels follow to the new one.
+        while (m_signGroupNode->getNumParents() > 0)
+            m_signGroupNode->getParent(0)->removeChild(m_signGroupNode.get());
+        root->addChild(m_signGroupNode.get());
+    }
+    return m_signGroupNode.get();
+}
+
+void KVXAnimatorManager::setSignsVisible(bool visible)
+{
+    if (m_signGroupNode)
+        m_signGroupNode->setNodeMask(visible ? ~0u : 0u);
+}
+
+QString KVXAnimatorManager::getSignsText(const KVXAnimation* record, bool includeSelf) const
+{
+    QString text;
+    auto it = m_animationsByObjId.find(record->getObjId());
+    if (it == m_animationsByObjId.end())
+        return text;
+    for (const KVXAnimation* other : it->second) {
+        if (!includeSelf && other->getNumber() == record->getNumber())
+            continue;
+        text += QLatin1Char('[') + QString::number(other->getNumber()) + QLatin1Char(']');
+    }
+    return text;
+}
+
+vpe::CVectorText2D* KVXAnimatorManager::findSign(qint64 objId) const
+{
+    auto it = m_signsByObjId.find(objId);
+    return it == m_signsByObjId.end() ? nullptr : it->second.get();
+}
+
+void KVXAnimatorManager::addSignToScence(int number)
+{
+    KVXAnimation* record = findKVXAnimation(number);
+    vpe::CGroupNode* group = record ? getSignGroupNode() : nullptr;
+    vpe::CSceneNode* node = record ? record->getNode() : nullptr;
+    if (!group || !node)
+        return;
+    osg::ComputeBoundsVisitor bounds;
+    node->accept(bounds);
+    const osg::BoundingBox& box = bounds.getBoundingBox();
+    if (!box.valid())
+        return;
+    const QString text = getSignsText(record, true);
+    if (vpe::CVectorText2D* sign = findSign(record->getObjId())) {
+        sign->SetText(text);
+        return;
+    }
+    vpe::CRefPtr<vpe::CVectorText2D> sign = new vpe::CVectorText2D;
+    sign->SetPosition(osg::Vec3d(box.center().x(), box.center().y(), box.zMax() + kSignHeightOverElement));
+    sign->SetText(text);
+    sign->SetSizeInPixels(kSignSize);
+    sign->SetColor(Qt::white);
+    sign->SetAlignmentScheme(vpe::CVectorText2D::CenterBaseLine);
+    // In a visual node of its own, where the label scaling of anti-aliased
+    // renders finds it.
+    vpe::CRefPtr<vpe::CVisualNode> holder = new vpe::CVisualNode;
+    holder->addDrawable(sign.get());
+    group->addChild(holder.get());
+    m_signsByObjId.emplace(record->getObjId(), sign);
+}
+
+void KVXAnimatorManager::deleteSign(int number)
+{
+    KVXAnimation* record = findKVXAnimation(number);
+    vpe::CVectorText2D* sign = record ? findSign(record->getObjId()) : nullptr;
+    if (!sign || !m_signGroupNode)
+        return;
+    const QString text = getSignsText(record, false);
+    if (text.isEmpty())
+        removeSign(record->getObjId());
+    else
+        sign->SetText(text);
+    if (vpe::CViewer* viewer = PfGsUtility::CurrentViewer())
+        viewer->SetDirty();
+}
+
+void KVXAnimatorManager::removeSign(qint64 objId)
+{
+    auto it = m_signsByObjId.find(objId);
+    if (it == m_signsByObjId.end())
+        return;
+    const vpe::CRefPtr<vpe::CVectorText2D> sign = it->second;
+    m_signsByObjId.erase(it);
+    while (sign->getNumParents() > 0) {
+        osg::Node* holder = sign->getParent(0);
+        holder->asGeode()->removeDrawable(sign.get());
+        if (m_signGroupNode)
+            m_signGroupNode->removeChild(holder);
+    }
+}
+
+void KVXAnimatorManager::dropSigns()
+{
+    if (m_signGroupNode) {
+        while (m_signGroupNode->getNumParents() > 0)
+            m_signGroupNode->getParent(0)->removeChild(m_signGroupNode.get());
+    }
+    m_signGroupNode = nullptr;
+    m_signsByObjId.clear();
+}
+
+void KVXAnimatorManager::resetSigns()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!currentDocument() || !viewer)
+        return;
+    // A fresh group: the old one leaves the scene with every label in it.
+    dropSigns();
+    for (const KVXAnimation* record : m_animations) {
+        if (!findSign(record->getObjId()))
+            addSignToScence(record->getNumber());
+    }
+    viewer->SetDirty();
+}

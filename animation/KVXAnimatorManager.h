@@ -1,0 +1,137 @@
+#pragma once
+
+#include "KVXAnimation.h"
+#include "host/db/PfDbDatabaseReactor.h"
+#include "host/vpe/CGroupNode.h"
+#include "host/vpe/CReferenced.h"
+
+#include <QDate>
+#include <QObject>
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+class PfDbDatabase;
+class PfDbDocument;
+class KVXAnimationDocumentReactor;
+
+namespace vpe {
+class CVectorText2D;
+}
+
+// The schedule animations of the current document: it numbers, creates,
+// finds and deletes the records, drops those of erased elements, knows the
+// schedule's date span and labels every animated element with the numbers of
+// its records. The records belong to the document; the manager keeps plain
+// pointers in creation (or load) order and, for the per-element queries, an
+// index by element that keeps the same order.
+class KVXAnimatorManager : public QObject, public PfDbDatabaseReactor {
+    Q_OBJECT
+    PFRX_DECLARE_MEMBERS(KVXAnimatorManager)
+public:
+    static KVXAnimatorManager* getInstance();
+
+    // A new record on the element, numbered and added to the current
+    // document; null for an unknown element.
+    KVXAnimation* addKvxAnimation(qint64 objId, KVXAnimation::AnimType type,
+                                  KVXAnimation::TranslationType translation);
+    KVXAnimation* findKVXAnimation(int number) const;
+    std::vector<KVXAnimation*> getAnimationVector() const { return m_animations; }
+    // Appends the element's records in list order; out is not cleared.
+    void GetALlAnimationByObjId(qint64 objId, std::vector<KVXAnimation*>& out) const;
+    std::vector<KVXAnimation*> findAnimationsByObjId(qint64 objId) const;
+    void deleteKvxAnimation(int number);
+    bool deleteAnimationByObjId(qint64 objId);
+    // Copies the records onto another element as new records (dates, kind,
+    // direction, angles, layering and path vertices; the new element keeps
+    // its own number and cut range). The copies are appended to result.
+    void CopyAnimationToElement(qint64 objId, std::vector<KVXAnimation*>& source,
+                                std::vector<KVXAnimation*>& result);
+
+    // Forgets every record (they stay in the document) and numbers from 1.
+    void clearAnimations();
+    // Takes the records of the current document, after the ones known.
+    void readAnimationData();
+
+    void objectErased(const PfDbDatabase* database, const PfDbObject* object, bool erasing) override;
+    void goodbye(const PfDbDatabase* database) override;
+    // Takes the document now current (null for none): hears its database,
+    // holds its records and labels its animated elements.
+    void followDocument(PfDbDocument* document);
+
+    // The schedule's span: earliest start, latest end (loops included) and
+    // its length in play seconds; the date clock gets length and range.
+    void updateAllAnimationsDateRange();
+    QDate getAllAnimationsStartDate() const { return m_allStartDate; }
+    QDate getAllAnimationsEndDate() const;
+    double getAllAnimationsTimeLength() const { return m_allTimeLength; }
+    double getAnimationTimeAtDate(const QDate& date) const;
+    double getDayToSeconds() const { return m_dayToSeconds; }
+    void setDayToSeconds(double seconds) { m_dayToSeconds = seconds; }
+
+    int getPlayState() const { return m_playState; }
+    bool isPreviewing() const { return m_isPreviewing; }
+    // Rewinds the date clock and drops the engine animations of the records.
+    void stop();
+    // Enables the engine animator of every record that has one.
+    void startAnimators();
+    // Makes the path polylines invisible outside playback.
+    void setAllPathInvisable();
+
+    // Rebuilds every element's label in the current viewer.
+    void resetSigns();
+    // The element's label; null when it has none.
+    vpe::CVectorText2D* findSign(qint64 objId) const;
+    // The group of the labels; null until a viewer showed one.
+    vpe::CGroupNode* signGroupNode() const { return m_signGroupNode.get(); }
+    void setSignsVisible(bool visible);
+
+signals:
+    void isPreviewingSignal(bool isPreviewing);
+    void dataChangedSignal();
+
+public slots:
+    void stopSlot();
+
+private:
+    KVXAnimatorManager();
+    ~KVXAnimatorManager() override;
+
+    KVXAnimation* createAnimation(qint64 objId, KVXAnimation::AnimType type,
+                                  KVXAnimation::TranslationType translation);
+    void appendRecord(KVXAnimation* record);
+    void unindexRecord(KVXAnimation* record);
+    void removeFromDocument(KVXAnimation* record);
+    void clearVPEAnimations();
+
+    vpe::CGroupNode* getSignGroupNode();
+    QString getSignsText(const KVXAnimation* record, bool includeSelf) const;
+    void addSignToScence(int number);
+    void deleteSign(int number);
+    void removeSign(qint64 objId);
+    void dropSigns();
+    void attachDatabase(PfDbDatabase* database);
+
+    static KVXAnimatorManager* m_instance;
+    static int m_newNumber;
+
+    std::map<int, KVXAnimation*> m_animationsByNumber;
+    std::vector<KVXAnimation*> m_animations;
+    // Each element's records in list order.
+    std::unordered_map<qint64, std::vector<KVXAnimation*>> m_animationsByObjId;
+
+    double m_dayToSeconds = 1.0;
+    QDate m_allStartDate;
+    double m_allTimeLength = 0.0;
+
+    int m_playState = 0;
+    bool m_isPreviewing = false;
+
+    vpe::CRefPtr<vpe::CGroupNode> m_signGroupNode;
+    std::map<qint64, vpe::CRefPtr<vpe::CVectorText2D>> m_signsByObjId;
+    PfDbDatabase* m_database = nullptr;
+    std::unique_ptr<KVXAnimationDocumentReactor> m_documentReactor;
+};

@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+
+class KVXCameraAnimationClockTimer;
+class KVXCameraKeyFramesTrack;
+class KVXDateAnimationClockTimer;
+class KVXDateKeyFramesTrack;
+
+namespace vpe {
+class CClockTimer;
+}
+
+// The process's controller of camera key-frame animation: the project's two
+// key-frame tracks, the clocks that play them, and the mapping that lets the
+// schedule's date clock follow the camera through the date key frames.
+class KVXKeyFrameAnimationManager {
+public:
+    enum PlayState { Stopped = 0, Playing = 1, Paused = 2 };
+
+    static KVXKeyFrameAnimationManager* GetInstance();
+
+    // The current document's tracks (made when missing) and the clocks on
+    // the current viewer.
+    void InitAnimationData();
+    void UnInitAnimationData();
+
+    // Back to the start: the camera clock rewound and paused, the camera
+    // animation dropped, the date clock rewound and a playing schedule
+    // stopped.
+    void StopAnimation();
+
+    PlayState GetPlayState() const { return m_playState; }
+    void SetPlayState(PlayState state) { m_playState = state; }
+    bool GetEnableDateAnimation() const { return m_enableDateAnimation; }
+    void SetEnableDateAnimation(bool enable) { m_enableDateAnimation = enable; }
+
+    // The date clock's time at the moment the camera (or the video) clock
+    // has reached, from the date key frames around it; t unchanged when no
+    // camera animation with at least two date key frames drives the dates.
+    double UpdateDateClockTimerByCameraClockTimer(double t);
+
+    KVXCameraKeyFramesTrack* GetCameraKeyFramesTrack() const { return m_cameraTrack; }
+    KVXDateKeyFramesTrack* GetDateKeyFramesTrack() const { return m_dateTrack; }
+    KVXCameraAnimationClockTimer* GetCameraAnimationClockTimer() const { return m_cameraClock; }
+    KVXDateAnimationClockTimer* GetDateAnimationClockTimer() const { return m_dateClock; }
+    // The clock of a video export; null when none is set up.
+    vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock; }
+    void SetVideoRecordClockTimer(vpe::CClockTimer* clock) { m_videoClock = clock; }
+
+    // The key-frame timeline (with an invokable SetTimeIndicator(unsigned
+    // int)) and the date timeline (with SetIndicator(QDate)) the clocks move.
+    static void SetTimeLineWidget(QObject* timeLine) { s_timeLineWidget = timeLine; }
+    static QObject* GetTimeLineWidget() { return s_timeLineWidget; }
+    static void SetDateLineWidget(QObject* dateLine) { s_dateLineWidget = dateLine; }
+    static QObject* GetDateLineWidget() { return s_dateLineWidget; }
+
+private:
+    KVXKeyFrameAnimationManager();
+
+    void initClockTimers();
+    void uninitClockTimers();
+    void deleteCameraAnimator();
+    // The clock that drives the dates now, or null; copies the camera
+    // clock's frozen state to the date clock when it is the camera's.
+    vpe::CClockTimer* dateSourceClock() const;
+
+    KVXCameraKeyFramesTrack* m_cameraTrack = nullptr;
+    KVXDateKeyFramesTrack* m_dateTrack = nullptr;
+    bool m_enableDateAnimation = true;
+    KVXCameraAnimationClockTimer* m_cameraClock = nullptr;
+    KVXDateAnimationClockTimer* m_dateClock = nullptr;
+    vpe::CClockTimer* m_videoClock = nullptr;
+    PlayState m_playState = Stopped;
+
+    static QPointer<QObject> s_timeLineWidget;
+    static QPointer<QObject> s_dateLineWidget;
+};
