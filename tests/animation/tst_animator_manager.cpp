@@ -94,6 +94,15 @@ TEST_F(AnimatorManager, numbersRecordsInCreationOrderAndFindsThem)
     EXPECT_EQ(document->GetItem(c->GetHandle()), c);
 }
 
+TEST_F(AnimatorManager, signalsAndSlotKeepTheirMetaMethodOrder)
+{
+    const QMetaObject* meta = manager->metaObject();
+    const int offset = meta->methodOffset();
+    EXPECT_EQ(meta->method(offset).methodSignature(), "isPreviewingSignal(bool)");
+    EXPECT_EQ(meta->method(offset + 1).methodSignature(), "dataChangedSignal()");
+    EXPECT_EQ(meta->method(offset + 2).methodSignature(), "stopSlot()");
+}
+
 TEST_F(AnimatorManager, unknownElementGetsNoRecordAndUsesNoNumber)
 {
     EXPECT_EQ(add(first + 1000), nullptr);
