@@ -22,3 +22,9 @@ Pfad::Error PfDbEntity::Load(KVXSaveLoadXml& archive)
     m_visible = archive.getBool(kVisibleKey, true);
     return Pfad::eOk;
 }
+
+void PfDbEntity::SetPolygonOffset(float factor, float units)
+{
+    m_polygonOffsetFactor = factor;
+    m_polygonOffsetUnits = units;
+}

@@ -15,7 +15,7 @@ public:
     using Bodies = std::vector<vpe::CRefPtr<vpe::CBody>>;
 
     const Bodies& GetBodies() const { return m_bodies; }
-    vpe::CBody* GetFirstBody() const { return m_bodies.empty() ? nullptr : m_bodies.front().get(); }
+    vpe::CBody* GetFirstBody() const override { return m_bodies.empty() ? nullptr : m_bodies.front().get(); }
     void SetBodies(const Bodies& bodies) { m_bodies = bodies; }
     void AddBody(vpe::CBody* body);
     // The body colour with the transparency as alpha.

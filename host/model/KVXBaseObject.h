@@ -15,6 +15,7 @@ class KVXBaseObject : public KVXElementObject {
 public:
     const QColor& GetColor() const { return m_color; }
     void SetColor(const QColor& color) { m_color = color; }
+    QColor EntityColor() const override { return m_color; }
     int GetLineType() const { return m_lineType; }
     void SetLineType(int lineType) { m_lineType = lineType; }
     double GetLineWidth() const { return m_lineWidth; }

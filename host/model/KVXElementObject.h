@@ -3,6 +3,10 @@
 #include "host/db/PfDbElement.h"
 #include "host/vpe/CSceneNode.h"
 
+#include <osg/Vec3f>
+
+#include <vector>
+
 class KVXSaveLoadXml;
 class PfGiWorldDraw;
 
@@ -22,6 +26,13 @@ public:
 
     // Builds the element's derived data again and has its views draw it anew.
     virtual void regenerate();
+
+    // Flat-shaded triangles and feature edges of a shell drawn for the
+    // element (a cut cap); the coefficients are the host options' (see
+    // PfOptionContainer).
+    virtual void tessellateShell(const vpe::CBody& shell, double distEpsilonCoefficient,
+                                 double angleEpsilonCoefficient, std::vector<osg::Vec3f>& triangleVertices,
+                                 std::vector<osg::Vec3f>& triangleNormals, std::vector<osg::Vec3f>& edgeVertices) const;
 
     Pfad::Error Save(KVXSaveLoadXml& archive) override;
     Pfad::Error Load(KVXSaveLoadXml& archive) override;

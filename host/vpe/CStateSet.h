@@ -16,6 +16,7 @@ public:
     enum FaceMode { FrontFaces = 0, BackFaces = 1, BothFaces = 2 };
     enum BlendMode { AlphaBlending = 0 };
     static constexpr int kMaxClipPlanes = 8;
+    static constexpr int kTopDrawingPriority = 1000;
 
     CStateSet() = default;
     CStateSet(const osg::StateSet& other, const osg::CopyOp& copy = osg::CopyOp::SHALLOW_COPY);
@@ -36,7 +37,7 @@ public:
     void SetLineWidth(float width);
     void SetLightingEnabled(bool enabled);
     // Drawn after everything of a lower priority (and over it when the depth
-    // test is off).
+    // test is off). Overlays that must show over everything take the top.
     void SetDrawingPriority(int priority);
     int GetDrawingPriority() const;
     // Which colour channels drawing writes: bit 0 red, 1 green, 2 blue,

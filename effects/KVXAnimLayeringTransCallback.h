@@ -1,0 +1,34 @@
+#pragma once
+
+#include "KVXAnimTransCallback.h"
+
+// Builds or demolishes an element layer by layer: its elevation range is cut
+// into layers of the record's layer height, worked through one after the
+// other in equal shares of the record's days, and inside the current layer a
+// vertical plane sweeps as in a plain cut. A second drawing of the element
+// (the layer node) shows the current layer; the element's own node shows
+// what lies below it.
+class KVXAnimLayeringTransCallback : public KVXAnimTransCallback {
+public:
+    explicit KVXAnimLayeringTransCallback(KVXAnimation* animation);
+
+    void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
+
+    vpe::CSceneNode* GetLayerNode() const { return m_layerNode.get(); }
+    // How many layers the element is built in (fewer than 2: no layers).
+    int LayerCount() const;
+
+protected:
+    ~KVXAnimLayeringTransCallback() override;
+
+private:
+    void showWholeLayer();
+
+    vpe::CRefPtr<vpe::CSceneNode> m_layerNode;
+    vpe::CRefPtr<vpe::CSceneNode> m_elementNode;
+    double m_topElevation = 0.0;
+    double m_bottomElevation = 0.0;
+    KVXCutCap m_sweepCap;
+    KVXCutCap m_topCap;
+    KVXCutCap m_bottomCap;
+};

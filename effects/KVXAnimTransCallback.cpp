@@ -1,0 +1,186 @@
+#include "KVXAnimTransCallback.h"
+
+#include "KVXAnimPlaneVisitor.h"
+
+#include "animation/KVXAnimation.h"
+#include "animation/KVXAnimatorManager.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbElement.h"
+#include "host/db/PfDocManager.h"
+#include "host/db/PfGsView.h"
+#include "host/model/PfGsUtility.h"
+#include "host/vpe/CViewer.h"
+
+#include <osg/ComputeBoundsVisitor>
+
+#include <cmath>
+
+namespace {
+
+// How far past the far face the plane goes on the last frame, so that the
+// element shows whole.
+constexpr double kPastTheEnd = 2.0;
+
+float timeAt(const QDate& date)
+{
+    return static_cast<float>(KVXAnimatorManager::getInstance()->getAnimationTimeAtDate(date));
+}
+
+} // namespace
+
+KVXAnimTransCallback::KVXAnimTransCallback(KVXAnimation* animation) : m_animation(animation)
+{
+    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
+    PfGsView* view = document ? document->GetActiveView() : nullptr;
+    vpe::CViewer* viewer = view ? view->GetViewer() : nullptr;
+    if (!viewer || !animation)
+        return;
+    const auto objId = static_cast<PfDbHandle>(animation->getObjId());
+    if (!document->GetItem(objId))
+        return;
+    m_node = view->GetSceneNode(objId);
+    if (!m_node)
+        return;
+    takeExtents();
+    m_capNode = new vpe::CVisualNode;
+    m_capNode->setName("kvx_cut_caps");
+    viewer->GetScene()->GetRootNode()->addChild(m_capNode.get());
+}
+
+KVXAnimTransCallback::~KVXAnimTransCallback()
+{
+    // The caps leave with the callback: a stopped schedule leaves no trace.
+    if (m_capNode) {
+        while (m_capNode->getNumParents() > 0)
+            m_capNode->getParent(0)->removeChild(m_capNode.get());
+    }
+}
+
+void KVXAnimTransCallback::takeExtents()
+{
+    osg::ComputeBoundsVisitor bounds;
+    m_node->accept(bounds);
+    const osg::BoundingBox& box = bounds.getBoundingBox();
+    for (int axis = 0; axis < 3; ++axis) {
+        if (!(box._max[axis] + 1e-12 >= box._min[axis]))
+            return;
+    }
+    for (int axis = 0; axis < 3; ++axis) {
+        m_centre[axis] = (static_cast<double>(box._min[axis]) + box._max[axis]) * 0.5;
+        m_size[axis] = static_cast<double>(box._max[axis]) - box._min[axis];
+    }
+}
+
+PfDbElement* KVXAnimTransCallback::element() const
+{
+    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
+    return document ? PfDbElement::Cast(document->GetItem(static_cast<PfDbHandle>(m_animation->getObjId())))
+                    : nullptr;
+}
+
+bool KVXAnimTransCallback::timing(float time, Timing& timing) const
+{
+    const float start = timeAt(m_animation->getStartDate());
+    const float end = timeAt(m_animation->getEndDate());
+    timing.duration = end - start;
+    timing.elapsed = time - start;
+    if (m_animation->getLoopPlayback()) {
+        if (timeAt(m_animation->getLoopEndDate()) < time)
+            return false;
+        // A zero duration would never wrap: it stays where it is.
+        while (timing.duration > 0.0f && timing.duration < timing.elapsed)
+            timing.elapsed -= timing.duration;
+    }
+    timing.nearEnd = std::fabs(timing.elapsed - timing.duration) < 0.1f;
+    return true;
+}
+
+float KVXAnimTransCallback::fractionOf(const Timing& timing)
+{
+    const float fraction = timing.elapsed / timing.duration;
+    if (std::isfinite(fraction))
+        return fraction;
+    // A record of no duration: far before or far past the element, never a
+    // plane at infinity for the renderer (on the last frame the plane is put
+    // past the far face anyway).
+    constexpr float kFarAway = 1000.0f;
+    return timing.elapsed < 0.0f ? -kFarAway : kFarAway;
+}
+
+bool KVXAnimTransCallback::showsWhole(const Timing& timing) const
+{
+    const int type = m_animation->getAnimationType();
+    return (timing.elapsed < 0.0f && type == KVXAnimation::Demolition) ||
+           (timing.elapsed > timing.duration && type == KVXAnimation::Construction);
+}
+
+KVXAnimPlane KVXAnimTransCallback::sweepPlane(float fraction, bool nearEnd, float direction) const
+{
+    const double cx = m_centre[0], cy = m_centre[1], cz = m_centre[2];
+    const double sx = m_size[0], sy = m_size[1];
+    const double f = fraction;
+    const double startZ = m_animation->getAnimStartPoint().z();
+    const double dz = std::fabs(m_animation->getAnimEndPoint().z() - startZ);
+    KVXAnimPlane plane;
+    switch (m_animation->getTranslationType()) {
+    case KVXAnimation::LeftToRight:
+        plane = {{nearEnd ? cx + sx / 2 + kPastTheEnd : cx - sx / 2 + sx * f, cy, cz}, {direction, 0, 0}};
+        break;
+    case KVXAnimation::RightToLeft:
+        plane = {{nearEnd ? cx - sx / 2 - kPastTheEnd : cx + sx / 2 - sx * f, cy, cz}, {-direction, 0, 0}};
+        break;
+    case KVXAnimation::FrontToBack:
+        plane = {{cx, nearEnd ? cy + sy / 2 + kPastTheEnd : cy - sy / 2 + sy * f, cz}, {0, direction, 0}};
+        break;
+    case KVXAnimation::BackToFront:
+        plane = {{cx, nearEnd ? cy - sy / 2 - kPastTheEnd : cy + sy / 2 - sy * f, cz}, {0, -direction, 0}};
+        break;
+    case KVXAnimation::BottomUp:
+        plane = {{cx, cy, nearEnd ? startZ + dz + kPastTheEnd : startZ + dz * f}, {0, 0, direction}};
+        break;
+    case KVXAnimation::TopDown:
+        plane = {{cx, cy, nearEnd ? startZ - dz - kPastTheEnd : startZ - dz * f}, {0, 0, -direction}};
+        break;
+    default:
+        plane = {{0, 0, 0}, {0, 0, 1}};
+        break;
+    }
+    return plane;
+}
+
+void KVXAnimTransCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime& time)
+{
+    if (!m_node)
+        return;
+    m_capNode->removeDrawables(0, m_capNode->getNumDrawables());
+    Timing when;
+    if (!timing(time.time, when))
+        return;
+    const int type = m_animation->getAnimationType();
+    if (showsWhole(when)) {
+        KVXAnimPlaneVisitor whole(nullptr, true, type);
+        m_node->accept(whole);
+    } else {
+        const float direction = type == KVXAnimation::Construction ? -1.0f : 1.0f;
+        const KVXAnimPlane plane = sweepPlane(fractionOf(when), when.nearEnd, direction);
+        KVXAnimPlaneVisitor cut(&plane, false, type);
+        m_node->accept(cut);
+        drawCap(m_cap, plane);
+    }
+    markSceneChanged();
+}
+
+void KVXAnimTransCallback::drawCap(KVXCutCap& cap, const KVXAnimPlane& plane)
+{
+    cap.Draw(*m_capNode, element(), plane);
+}
+
+void KVXAnimTransCallback::markSceneChanged()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    if (vpe::CLight* sun = viewer->GetScene()->FindLight(vpe::CScene::kShadowLightName))
+        sun->SetShadowDirty(true);
+    viewer->SetDirty();
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "KVXAnimPlane.h"
+#include "KVXCutCap.h"
+
+#include "host/vpe/CFrameCallback.h"
+#include "host/vpe/CVisualNode.h"
+
+class KVXAnimation;
+class PfDbElement;
+
+// Builds or demolishes an element with a cutting plane that crosses it over
+// the record's days: each frame the plane goes where the clock's date puts
+// it, the element is clipped there and the cut is closed with a cap in the
+// element's colour.
+class KVXAnimTransCallback : public vpe::CFrameCallback {
+public:
+    explicit KVXAnimTransCallback(KVXAnimation* animation);
+
+    void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
+
+    // The node the caps are drawn in (a child of the scene root); null when
+    // the element could not be found.
+    vpe::CVisualNode* GetCapNode() const { return m_capNode.get(); }
+    vpe::CSceneNode* GetElementNode() const { return m_node.get(); }
+
+protected:
+    ~KVXAnimTransCallback() override;
+
+    // Where the frame's time falls in the record's days.
+    struct Timing {
+        float duration = 0.0f;
+        float elapsed = 0.0f;
+        bool nearEnd = false;
+    };
+    // False past the loop end of a looping record: the frame changes nothing.
+    bool timing(float time, Timing& timing) const;
+    // Elapsed over duration; a finite stand-in where that is infinite or
+    // undefined (a record of no duration).
+    static float fractionOf(const Timing& timing);
+    // Not begun (demolition) or over (construction): the element shows whole.
+    bool showsWhole(const Timing& timing) const;
+    // The plane the record's direction gives for a fraction of its interval.
+    KVXAnimPlane sweepPlane(float fraction, bool nearEnd, float direction) const;
+    void drawCap(KVXCutCap& cap, const KVXAnimPlane& plane);
+    // The shadow light and the viewer are told that the scene changed.
+    static void markSceneChanged();
+    PfDbElement* element() const;
+
+    KVXAnimation* m_animation;
+    vpe::CRefPtr<vpe::CSceneNode> m_node;
+    vpe::CRefPtr<vpe::CVisualNode> m_capNode;
+    double m_centre[3] = {0.0, 0.0, 0.0};
+    double m_size[3] = {0.0, 0.0, 0.0};
+
+private:
+    void takeExtents();
+
+    KVXCutCap m_cap;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "host/vpe/CFrameCallback.h"
+#include "host/vpe/CGroupNode.h"
+
+#include <osg/Matrixd>
+
+class KVXAnimation;
+class KVXTowerAnimation;
+class KVXTowerCraneObject;
+
+// Plays a tower crane's record: the jib slews back and forth between the
+// record's angles at a tenth of pi radians per second, the upper works stand
+// at the height of the latest lifting step reached, the mast is cut there,
+// wall ties show only once the climbing has passed them, and the crane is
+// hidden before its erection (when it has a lifting schedule) and after its
+// dismantling. The crane's scene group is rearranged for that while the
+// callback lives, and put back when it dies.
+class KVXTowerRotateCallback : public vpe::CFrameCallback {
+public:
+    explicit KVXTowerRotateCallback(KVXAnimation* animation);
+
+    void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
+
+    // Another callback already drives the crane: this one does nothing.
+    bool IsInactive() const { return m_inactive; }
+    vpe::CGroupNode* GetCraneRoot() const { return m_craneRoot.get(); }
+    vpe::CGroupNode* GetJibNode() const { return m_jibNode.get(); }
+    vpe::CGroupNode* GetUpperNode() const { return m_upperNode.get(); }
+    vpe::CGroupNode* GetMastNode() const { return m_mastNode.get(); }
+    vpe::CGroupNode* GetTiesNode() const { return m_tiesNode.get(); }
+
+    // The jib's angle in degrees after turning for that long from the start.
+    double SlewAngle(double elapsed) const;
+    // The height of the latest lifting step reached before that time (the
+    // earliest step when none is); false without lifting steps.
+    bool LiftingHeight(float time, int& height) const;
+
+protected:
+    ~KVXTowerRotateCallback() override;
+
+private:
+    bool restructure();
+    void putBack();
+    void setInitialPose();
+    osg::Matrixd raiseMatrix(float time) const;
+    osg::Matrixd slewMatrix(double elapsed) const;
+    void clipMast(int height);
+    void updateWallTies();
+    bool hasLiftingData() const;
+
+    KVXAnimation* m_animation;
+    vpe::CRefPtr<vpe::CGroupNode> m_jibNode;
+    vpe::CRefPtr<vpe::CGroupNode> m_upperNode;
+    vpe::CRefPtr<vpe::CGroupNode> m_mastNode;
+    vpe::CRefPtr<vpe::CGroupNode> m_tiesNode;
+    vpe::CRefPtr<vpe::CGroupNode> m_craneGroup;
+    vpe::CRefPtr<vpe::CGroupNode> m_craneRoot;
+    KVXTowerCraneObject* m_crane = nullptr;
+    float m_startTime = 0.0f;
+    float m_endTime = 0.0f;
+    float m_duration = 0.0f;
+    bool m_inactive = false;
+};

@@ -1,0 +1,7 @@
+#include "PfOptionContainer.h"
+
+PfOptionContainer* PfOptionContainer::GetInstance()
+{
+    static PfOptionContainer instance;
+    return &instance;
+}

@@ -1,0 +1,226 @@
+#include "EffectScene.h"
+
+#include "effects/KVXAnimTransCallback.h"
+#include "host/vpe/CStateSet.h"
+
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
+
+#include <osg/ComputeBoundsVisitor>
+#include <osg/Geometry>
+
+namespace {
+
+const QDate kStart(2024, 1, 1);
+const QDate kEnd(2024, 1, 11);
+
+// A wall 10 m long (x), 6 m deep, 3 m high, built over ten days.
+class TransCallback : public EffectScene {
+protected:
+    void SetUp() override
+    {
+        EffectScene::SetUp();
+        wall = addBox({0, 0, 0}, {10000, 6000, 3000});
+    }
+    KVXAnimTransCallback* start(KVXAnimation::AnimType type, KVXAnimation::TranslationType translation)
+    {
+        record = addRecord(wall, type, translation, kStart, kEnd);
+        vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(record);
+        play(record, callback.get());
+        return callback.get();
+    }
+    // Is the front face drawn at this fraction of the length and height?
+    bool frontShows(const QImage& picture, double alongX, double alongZ) const
+    {
+        return !isBackground(picture, project(*front, {alongX * 10000, 0, alongZ * 3000}));
+    }
+    // The area and the plane of the cap's faces.
+    double capArea(KVXAnimTransCallback* callback, double& x) const
+    {
+        double area = 0.0;
+        vpe::CVisualNode* caps = callback->GetCapNode();
+        for (unsigned int i = 0; i < caps->getNumDrawables(); ++i) {
+            auto* geometry = caps->getDrawable(i)->asGeometry();
+            auto* vertices = static_cast<const osg::Vec3Array*>(geometry->getVertexArray());
+            if (geometry->getPrimitiveSet(0)->getMode() != GL_TRIANGLES)
+                continue;
+            for (std::size_t k = 0; k + 2 < vertices->size(); k += 3) {
+                const osg::Vec3f& a = (*vertices)[k];
+                area += (((*vertices)[k + 1] - a) ^ ((*vertices)[k + 2] - a)).length() / 2.0;
+                x = a.x();
+            }
+        }
+        return area;
+    }
+
+    KVX3DElementObject* wall = nullptr;
+    KVXAnimation* record = nullptr;
+    vpe::CRefPtr<vpe::CCamera> front = cameraAt({5000, -30000, 1500}, {5000, 0, 1500});
+};
+
+TEST_F(TransCallback, leftToRightConstructionShowsTheBuiltShareWithACap)
+{
+    KVXAnimTransCallback* callback = start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
+    struct Moment {
+        double days;
+        double built;
+    };
+    for (const Moment m : {Moment{2.5, 0.25}, Moment{5.0, 0.5}, Moment{10.0, 1.0}}) {
+        evaluateAt(m.days);
+        const QImage picture = render(*front);
+        keep(picture, QString("construction_%1").arg(m.built));
+        for (double x : {0.05, 0.15, 0.35, 0.45, 0.55, 0.7, 0.95}) {
+            EXPECT_EQ(frontShows(picture, x, 0.5), x < m.built) << "day " << m.days << ", x " << x;
+        }
+        double capX = 0.0;
+        const double area = capArea(callback, capX);
+        if (m.built < 1.0) {
+            EXPECT_NEAR(area, 6000.0 * 3000.0, 1.0) << "the cap closes the whole cut";
+            EXPECT_NEAR(capX, m.built * 10000, 1e-3);
+        } else {
+            EXPECT_EQ(area, 0.0) << "no cap once built";
+        }
+    }
+}
+
+TEST_F(TransCallback, capHasTheColourOfTheElementsFaces)
+{
+    start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
+    const vpe::CRefPtr<vpe::CCamera> side = cameraAt({30000, -12000, 9000}, {5000, 3000, 1500});
+    evaluateAt(10.0);
+    const QColor endFace = render(*side).pixelColor(project(*side, {10000, 3000, 1500}));
+    evaluateAt(2.5);
+    const QImage cut = render(*side);
+    keep(cut, "construction_cap");
+    const QColor cap = cut.pixelColor(project(*side, {2500, 3000, 1500}));
+    // The element's hue; the cap is lit by its full colour, so it is at
+    // least as bright as a face of the element turned the same way.
+    EXPECT_NEAR(cap.hsvHue(), endFace.hsvHue(), 8);
+    EXPECT_GE(cap.value(), endFace.value());
+}
+
+TEST_F(TransCallback, demolitionBeforeItsStartShowsTheWholeElement)
+{
+    start(KVXAnimation::Demolition, KVXAnimation::LeftToRight);
+    evaluateAt(kStart.addDays(-3));
+    QImage picture = render(*front);
+    for (double x : {0.05, 0.5, 0.95})
+        EXPECT_TRUE(frontShows(picture, x, 0.5)) << x;
+    // Halfway, the demolished half is gone.
+    evaluateAt(5.0);
+    picture = render(*front);
+    EXPECT_FALSE(frontShows(picture, 0.25, 0.5));
+    EXPECT_TRUE(frontShows(picture, 0.75, 0.5));
+}
+
+TEST_F(TransCallback, bottomUpRevealsFromTheBottom)
+{
+    start(KVXAnimation::Construction, KVXAnimation::BottomUp);
+    evaluateAt(5.0);
+    const QImage picture = render(*front);
+    keep(picture, "construction_bottom_up");
+    EXPECT_TRUE(frontShows(picture, 0.5, 0.2));
+    EXPECT_TRUE(frontShows(picture, 0.5, 0.4));
+    EXPECT_FALSE(frontShows(picture, 0.5, 0.6));
+    EXPECT_FALSE(frontShows(picture, 0.5, 0.9));
+}
+
+TEST_F(TransCallback, constructionBeforeItsStartIsHidden)
+{
+    start(KVXAnimation::Construction, KVXAnimation::TopDown);
+    evaluateAt(kStart.addDays(-2));
+    const QImage picture = render(*front);
+    for (double z : {0.1, 0.5, 0.9})
+        EXPECT_FALSE(frontShows(picture, 0.5, z)) << z;
+}
+
+TEST_F(TransCallback, translationOutsideTheKnownOnesCutsAtGroundLevel)
+{
+    KVXAnimTransCallback* callback = start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
+    record->setTranslationType(static_cast<KVXAnimation::TranslationType>(9));
+    evaluateAt(5.0);
+    double x = 0.0;
+    EXPECT_EQ(capArea(callback, x), 0.0) << "the plane z = 0 only touches the wall";
+    auto* state = dynamic_cast<vpe::CStateSet*>(
+        callback->GetElementNode()->asGeode()->getDrawable(0)->getStateSet());
+    ASSERT_NE(state, nullptr);
+    EXPECT_EQ(state->GetClipPlane(0), osg::Vec4d(0, 0, 1, 0));
+}
+
+TEST_F(TransCallback, zeroDurationIsWholeAtItsDayAndAfter)
+{
+    record = addRecord(wall, KVXAnimation::Construction, KVXAnimation::LeftToRight, kStart, kStart);
+    vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(record);
+    play(record, callback.get());
+    evaluateAt(kStart);
+    QImage picture = render(*front);
+    EXPECT_TRUE(frontShows(picture, 0.9, 0.5)) << "on its day the plane is past the far end";
+    evaluateAt(kStart.addDays(1));
+    picture = render(*front);
+    EXPECT_TRUE(frontShows(picture, 0.9, 0.5));
+    evaluateAt(kStart.addDays(-1));
+    picture = render(*front);
+    EXPECT_FALSE(frontShows(picture, 0.1, 0.5)) << "before it, nothing";
+}
+
+TEST_F(TransCallback, loopingRepeatsAndHoldsPastTheLoopEnd)
+{
+    KVXAnimTransCallback* callback = start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
+    record->setLoopPlayback(true);
+    record->setLoopEndDate(kEnd.addDays(15));
+    manager()->updateAllAnimationsDateRange();
+    evaluateAt(12.5); // a quarter into the second round
+    double x = 0.0;
+    EXPECT_GT(capArea(callback, x), 0.0);
+    EXPECT_NEAR(x, 2500.0, 1e-3);
+
+    evaluateAt(30.0); // past the loop end: the last state stays
+    EXPECT_NEAR(capArea(callback, x), 0.0, 1e-9) << "the caps are cleared";
+    auto* state = dynamic_cast<vpe::CStateSet*>(
+        callback->GetElementNode()->asGeode()->getDrawable(0)->getStateSet());
+    ASSERT_NE(state, nullptr);
+    // Keeping x < 2500: normal -x, so w = 2500.
+    EXPECT_NEAR(state->GetClipPlane(0).w(), 2500.0, 1e-3) << "the plane stays where it was";
+}
+
+TEST_F(TransCallback, elementsDrawnAlikeAreNotCutTogether)
+{
+    KVX3DElementObject* twin = addBox({0, 10000, 0}, {10000, 16000, 3000});
+    start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
+    evaluateAt(5.0);
+    const vpe::CRefPtr<vpe::CCamera> both = cameraAt({5000, -40000, 1500}, {5000, 8000, 1500});
+    const QImage picture = render(*both);
+    keep(picture, "construction_twin");
+    // The twin stands behind the wall, higher up in the picture's view: look
+    // at its top right corner region above the wall.
+    const vpe::CRefPtr<vpe::CCamera> above = cameraAt({5000, 8000, 40000}, {5000, 8000, 0});
+    const QImage top = render(*above);
+    EXPECT_FALSE(isBackground(top, project(*above, {9000, 13000, 3000})))
+        << "the twin's far end is not cut";
+    EXPECT_TRUE(isBackground(top, project(*above, {9000, 3000, 3000}))) << "the wall's is";
+    (void)twin;
+}
+
+TEST_F(TransCallback, withoutTheElementsNodeNothingHappens)
+{
+    KVXAnimation* missing = manager()->addKvxAnimation(idOf(wall), KVXAnimation::Construction,
+                                                       KVXAnimation::LeftToRight);
+    missing->setObjId(idOf(wall) + 1000);
+    vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(missing);
+    EXPECT_EQ(callback->GetCapNode(), nullptr);
+    (*callback)(nullptr, vpe::CFrameTime{1.0f, 1});
+}
+
+TEST_F(TransCallback, theCapsLeaveWithTheCallback)
+{
+    osg::Group* root = viewer->GetScene()->GetRootNode();
+    KVXAnimation* plain = addRecord(wall, KVXAnimation::Construction, KVXAnimation::LeftToRight, kStart, kEnd);
+    const unsigned int before = root->getNumChildren();
+    {
+        vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(plain);
+        EXPECT_EQ(root->getNumChildren(), before + 1);
+    }
+    EXPECT_EQ(root->getNumChildren(), before);
+}
+
+} // namespace
