@@ -6,6 +6,7 @@
 
 #include "animation/KVXAnimatorManager.h"
 #include "animation/KVXTowerAnimation.h"
+#include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDocManager.h"
 #include "host/db/PfGsView.h"
@@ -49,6 +50,8 @@ KVXTowerRotateCallback::KVXTowerRotateCallback(KVXAnimation* animation) : m_anim
     m_crane = KVXTowerCraneObject::Cast(document->GetItem(static_cast<PfDbHandle>(animation->getObjId())));
     if (!m_crane)
         return;
+    m_database = document->GetDatabase();
+    m_craneHandle = m_crane->GetHandle();
     m_inactive = m_crane->GetBeingAnimated() != 0;
     if (m_inactive)
         return;
@@ -65,9 +68,17 @@ KVXTowerRotateCallback::~KVXTowerRotateCallback()
     if (m_inactive || !m_crane)
         return;
     putBack();
-    // The crane may have been erased meanwhile; its object lives on in the
-    // database either way.
-    m_crane->SetBeingAnimated(0);
+    if (KVXTowerCraneObject* crane = liveCrane())
+        crane->SetBeingAnimated(0);
+}
+
+KVXTowerCraneObject* KVXTowerRotateCallback::liveCrane() const
+{
+    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
+    if (!document || document->GetDatabase() != m_database)
+        return nullptr;
+    // Erased or not, the object stays in its database.
+    return KVXTowerCraneObject::Cast(document->GetDatabase()->OpenObject(m_craneHandle, true));
 }
 
 bool KVXTowerRotateCallback::hasLiftingData() const

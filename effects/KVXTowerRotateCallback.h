@@ -1,5 +1,6 @@
 #pragma once
 
+#include "host/db/PfDbHandle.h"
 #include "host/vpe/CFrameCallback.h"
 #include "host/vpe/CGroupNode.h"
 
@@ -8,6 +9,7 @@
 class KVXAnimation;
 class KVXTowerAnimation;
 class KVXTowerCraneObject;
+class PfDbDatabase;
 
 // Plays a tower crane's record: the jib slews back and forth between the
 // record's angles at a tenth of pi radians per second, the upper works stand
@@ -48,6 +50,8 @@ private:
     void clipMast(int height);
     void updateWallTies();
     bool hasLiftingData() const;
+    // The crane element while its document is current; null once it is gone.
+    KVXTowerCraneObject* liveCrane() const;
 
     KVXAnimation* m_animation;
     vpe::CRefPtr<vpe::CGroupNode> m_jibNode;
@@ -57,6 +61,11 @@ private:
     vpe::CRefPtr<vpe::CGroupNode> m_craneGroup;
     vpe::CRefPtr<vpe::CGroupNode> m_craneRoot;
     KVXTowerCraneObject* m_crane = nullptr;
+    // The callback may outlive the crane's document (a viewer kept alive):
+    // the crane is found again by its database and handle before it is
+    // touched at the end.
+    const PfDbDatabase* m_database = nullptr;
+    PfDbHandle m_craneHandle = kPfDbNullHandle;
     float m_startTime = 0.0f;
     float m_endTime = 0.0f;
     float m_duration = 0.0f;
