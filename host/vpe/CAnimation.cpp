@@ -1,5 +1,7 @@
 #include "CAnimation.h"
 
+#include <algorithm>
+
 namespace vpe {
 
 void CAnimation::SetFrameCallback(CSceneNode* node, CFrameCallback* callback)
@@ -26,6 +28,12 @@ CCameraTrack* CAnimation::CreateCameraTrack()
     auto* track = new CCameraTrack;
     m_tracks.emplace_back(track);
     return track;
+}
+
+bool CAnimation::MovesScene() const
+{
+    return m_callback || std::any_of(m_tracks.begin(), m_tracks.end(),
+                                     [](const CRefPtr<CAnimationTrack>& track) { return track->MovesScene(); });
 }
 
 void CAnimation::Evaluate(const CFrameTime& time)

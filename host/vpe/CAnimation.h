@@ -30,6 +30,8 @@ public:
     CNodeTrack* CreateNodeTrack(CGroupNode* node);
     CCameraTrack* CreateCameraTrack();
     std::size_t GetNumTracks() const { return m_tracks.size(); }
+    // Whether evaluating it can move what is drawn (a camera track cannot).
+    bool MovesScene() const;
 
     void Evaluate(const CFrameTime& time);
 

@@ -38,7 +38,7 @@ CAnimator* CAnimationManager::FindAnimator(const std::string& name) const
 
 void CAnimationManager::DestroyAnimator(const std::string& name) { m_animators.erase(name); }
 
-void CAnimationManager::EvaluateAnimators(unsigned int frame)
+bool CAnimationManager::EvaluateAnimators(unsigned int frame)
 {
     // Held while evaluated: a callback may destroy animators (a preview that
     // ends stops the schedule).
@@ -46,8 +46,10 @@ void CAnimationManager::EvaluateAnimators(unsigned int frame)
     animators.reserve(m_animators.size());
     for (const auto& entry : m_animators)
         animators.push_back(entry.second);
+    bool moved = false;
     for (const auto& animator : animators)
-        animator->Evaluate(frame);
+        moved |= animator->Evaluate(frame) && animator->GetAnimation()->MovesScene();
+    return moved;
 }
 
 } // namespace vpe

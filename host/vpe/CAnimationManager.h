@@ -27,7 +27,9 @@ public:
     void DestroyAnimator(const std::string& name);
     std::size_t GetNumAnimators() const { return m_animators.size(); }
 
-    void EvaluateAnimators(unsigned int frame);
+    // True when an animator that moves scene nodes (node tracks or a frame
+    // callback) was evaluated.
+    bool EvaluateAnimators(unsigned int frame);
 
     // The recorder of the viewer's video, made on first use over its maker.
     CVideoRecorder* GetOrCreateVideoRecorder();

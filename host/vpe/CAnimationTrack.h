@@ -29,6 +29,8 @@ public:
     bool Interpolate(double time, osg::Vec3d& position, osg::Quat& rotation) const;
     // Moves what the track drives to the time.
     virtual void Apply(double time) = 0;
+    // Whether what it drives is part of the scene (and may cast shadows).
+    virtual bool MovesScene() const = 0;
 
 protected:
     ~CAnimationTrack() override = default;

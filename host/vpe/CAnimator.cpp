@@ -46,14 +46,15 @@ double CAnimator::GetTime() const
     return time;
 }
 
-void CAnimator::Evaluate(unsigned int frame)
+bool CAnimator::Evaluate(unsigned int frame)
 {
     if (!m_enabled || m_paused || !m_animation)
-        return;
+        return false;
     CFrameTime time;
     time.time = static_cast<float>(GetTime());
     time.frame = frame;
     m_animation->Evaluate(time);
+    return true;
 }
 
 } // namespace vpe

@@ -31,8 +31,9 @@ public:
 
     // The animation's time now.
     double GetTime() const;
-    // Evaluates the animation at its time, when enabled and not paused.
-    void Evaluate(unsigned int frame);
+    // Evaluates the animation at its time, when enabled and not paused;
+    // true when it did.
+    bool Evaluate(unsigned int frame);
 
 protected:
     ~CAnimator() override = default;

@@ -14,6 +14,7 @@ public:
     void SetAnimable(CAnimable* animable) { m_animable = animable; }
     CAnimable* GetAnimable() const { return m_animable.get(); }
     void Apply(double time) override;
+    bool MovesScene() const override { return false; }
 
 protected:
     ~CCameraTrack() override = default;

@@ -15,6 +15,7 @@ public:
 
     CGroupNode* GetNode() const { return m_node.get(); }
     void Apply(double time) override;
+    bool MovesScene() const override { return true; }
 
 protected:
     ~CNodeTrack() override = default;

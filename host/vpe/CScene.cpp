@@ -3,7 +3,6 @@
 #include <osg/Program>
 #include <osg/Uniform>
 #include <osgShadow/ShadowedScene>
-#include <osgShadow/ViewDependentShadowMap>
 
 namespace vpe {
 
@@ -16,9 +15,11 @@ constexpr int kShadowTextureUnit = 1;
 // Lighting by the sun (light 0) as the fixed pipeline does it, two-sided,
 // with the sun's share taken away where the shadow map says the sun is
 // hidden. Unlit geometry keeps its colour. gl_ClipVertex keeps user clip
-// planes working under the program.
+// planes working under the program. vpe_shadowMatrix (set by the shadow
+// map) takes eye coordinates to the map's.
 const char* const kVertexShader = R"(
 #version 120
+uniform mat4 vpe_shadowMatrix;
 varying vec4 vpe_ambient;
 varying vec4 vpe_diffuse;
 void main()
@@ -34,8 +35,7 @@ void main()
     vpe_ambient = gl_FrontLightModelProduct.sceneColor + gl_FrontLightProduct[0].ambient;
     vpe_diffuse = gl_FrontLightProduct[0].diffuse * facing;
     vpe_ambient.a = gl_FrontMaterial.diffuse.a;
-    gl_TexCoord[1] = vec4(dot(eye, gl_EyePlaneS[1]), dot(eye, gl_EyePlaneT[1]), dot(eye, gl_EyePlaneR[1]),
-                          dot(eye, gl_EyePlaneQ[1]));
+    gl_TexCoord[1] = vpe_shadowMatrix * eye;
 }
 )";
 
@@ -104,6 +104,12 @@ CLight* CScene::AddLight(const std::string& name)
     return light;
 }
 
+void CScene::SetShadowsDirty()
+{
+    for (auto& entry : m_lights)
+        entry.second->SetShadowDirty(true);
+}
+
 void CScene::SetShadowsEnabled(bool enabled)
 {
     if (enabled != m_shadowsEnabled) {
@@ -124,9 +130,11 @@ void CScene::rebuildTop()
         settings->setTextureSize(osg::Vec2s(1024, 1024));
         settings->setBaseShadowTextureUnit(kShadowTextureUnit);
         settings->setShaderHint(osgShadow::ShadowSettings::NO_SHADERS);
-        shadowed->setShadowTechnique(new osgShadow::ViewDependentShadowMap);
+        m_shadowMap = new DirectionalShadowMap(FindLight(kShadowLightName));
+        shadowed->setShadowTechnique(m_shadowMap.get());
         top = shadowed;
     } else {
+        m_shadowMap = nullptr;
         top = new osg::Group;
     }
     osg::StateSet* state = m_lit->getOrCreateStateSet();

@@ -3,6 +3,7 @@
 #include "CGroupNode.h"
 #include "CLight.h"
 #include "CReferenced.h"
+#include "DirectionalShadowMap.h"
 
 #include <osg/Group>
 
@@ -37,6 +38,12 @@ public:
     // Shadows of the sun on the model; on by default.
     void SetShadowsEnabled(bool enabled);
     bool GetShadowsEnabled() const { return m_shadowsEnabled; }
+    // Null while shadows are off.
+    DirectionalShadowMap* GetShadowMap() const { return m_shadowMap.get(); }
+    // Makes every light draw its shadows again on the next render; for
+    // changes of the model that the bounds do not show (a part cut away by
+    // a clip plane, an element moved within the site).
+    void SetShadowsDirty();
 
 protected:
     ~CScene() override;
@@ -48,6 +55,7 @@ private:
     osg::ref_ptr<osg::Group> m_lit;
     osg::ref_ptr<CGroupNode> m_root;
     std::map<std::string, osg::ref_ptr<CLight>> m_lights;
+    osg::ref_ptr<DirectionalShadowMap> m_shadowMap;
     bool m_shadowsEnabled = true;
 };
 

@@ -4,8 +4,11 @@
 #include "COffscreenContext.h"
 #include "CWallClockTimeSource.h"
 #include "CVectorText2D.h"
+#include "PicturePass.h"
 
+#include <osg/Camera>
 #include <osg/Image>
+#include <osg/Texture2D>
 #include <osgViewer/Viewer>
 
 #include <algorithm>
@@ -15,34 +18,35 @@ namespace vpe {
 namespace {
 // Larger renders fail in the driver or take all memory.
 constexpr int kMaxRenderSide = 16384;
-// The picture from the frame buffer's pixels: rows turned top-down (OpenGL
-// gives them bottom-up), each factor x factor block averaged into one pixel,
-// RGBA bytes into Qt's 32-bit pixels, in one pass.
-QImage averagedDown(const osg::Image& drawn, int factor, bool withAlpha)
+constexpr int kSupersamplingFactor = 2;
+
+osg::Texture2D* colourTexture(int width, int height)
 {
-    const int width = drawn.s() / factor, height = drawn.t() / factor;
-    QImage picture(width, height, withAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32);
-    const int samples = factor * factor;
-    const int rowBytes = drawn.s() * 4;
-    for (int y = 0; y < height; ++y) {
-        auto* out = reinterpret_cast<QRgb*>(picture.scanLine(y));
-        const unsigned char* top = drawn.data() + std::size_t(drawn.t() - (y + 1) * factor) * rowBytes;
-        for (int x = 0; x < width; ++x) {
-            unsigned int sum[4] = {0, 0, 0, 0};
-            for (int dy = 0; dy < factor; ++dy) {
-                const unsigned char* p = top + std::size_t(dy) * rowBytes + std::size_t(x) * factor * 4;
-                for (int dx = 0; dx < factor; ++dx, p += 4) {
-                    sum[0] += p[0];
-                    sum[1] += p[1];
-                    sum[2] += p[2];
-                    sum[3] += p[3];
-                }
-            }
-            out[x] = qRgba(int(sum[0] / samples), int(sum[1] / samples), int(sum[2] / samples),
-                           withAlpha ? int(sum[3] / samples) : 255);
-        }
-    }
-    return picture;
+    auto* texture = new osg::Texture2D;
+    texture->setTextureSize(width, height);
+    texture->setInternalFormat(GL_RGBA8);
+    texture->setSourceFormat(GL_RGBA);
+    texture->setSourceType(GL_UNSIGNED_BYTE);
+    // Edge smoothing samples between pixels; no mipmaps to make.
+    texture->setFilter(osg::Texture::MIN_FILTER, osg::Texture::LINEAR);
+    texture->setFilter(osg::Texture::MAG_FILTER, osg::Texture::LINEAR);
+    texture->setWrap(osg::Texture::WRAP_S, osg::Texture::CLAMP_TO_EDGE);
+    texture->setWrap(osg::Texture::WRAP_T, osg::Texture::CLAMP_TO_EDGE);
+    return texture;
+}
+
+osg::Camera* sceneCamera()
+{
+    auto* camera = new osg::Camera;
+    camera->setReferenceFrame(osg::Camera::ABSOLUTE_RF);
+    camera->setRenderOrder(osg::Camera::PRE_RENDER);
+    camera->setRenderTargetImplementation(osg::Camera::FRAME_BUFFER_OBJECT);
+    camera->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    camera->setComputeNearFarMode(osg::CullSettings::COMPUTE_NEAR_FAR_USING_BOUNDING_VOLUMES);
+    // Labels sized in screen pixels have tiny model bounds: never cull
+    // what looks small from afar.
+    camera->setCullingMode(osg::CullSettings::DEFAULT_CULLING & ~osg::CullSettings::SMALL_FEATURE_CULLING);
+    return camera;
 }
 
 } // namespace
@@ -55,7 +59,8 @@ CViewer::CViewer()
       m_animations(new CAnimationManager(m_defaultTimer.get())),
       m_timeSource(new CWallClockTimeSource),
       m_videoMaker(new CVideoMaker),
-      m_offscreenTool(new COffscreenTool(this))
+      m_offscreenTool(new COffscreenTool(this)),
+      m_picturePass(std::make_unique<PicturePass>())
 {
     m_animations->SetVideoMaker(m_videoMaker.get());
     // The newest viewer's default timer is the one found by name.
@@ -78,7 +83,8 @@ void CViewer::SetTimeSource(CTimeSource* source)
 void CViewer::AdvanceFrame()
 {
     m_clock->Tick(m_timeSource->NextElapsed());
-    m_animations->EvaluateAnimators(m_clock->GetFrameNumber());
+    if (m_animations->EvaluateAnimators(m_clock->GetFrameNumber()))
+        m_scene->SetShadowsDirty();
 }
 
 bool CViewer::Frame(QImage& image, QString* error)
@@ -105,9 +111,14 @@ void CViewer::SetActiveViewportSize(int width, int height)
     m_dirty = true;
 }
 
-void CViewer::SetSupersampling(int factor) { m_supersampling = std::clamp(factor, 1, 4); }
+void CViewer::SetDirty(bool dirty)
+{
+    m_dirty = dirty;
+    if (dirty)
+        m_scene->SetShadowsDirty();
+}
 
-bool CViewer::prepare(int width, int height, QString* error)
+bool CViewer::prepare(int width, int height, int factor, QString* error)
 {
     if (!COffscreenContext::MakeCurrent(error))
         return false;
@@ -116,24 +127,40 @@ bool CViewer::prepare(int width, int height, QString* error)
         m_viewer->setThreadingModel(osgViewer::Viewer::SingleThreaded);
         m_viewer->setLightingMode(osg::View::NO_LIGHT);
         m_viewer->setUpViewerAsEmbeddedInWindow(0, 0, width, height);
-        m_viewer->getCamera()->setRenderTargetImplementation(osg::Camera::FRAME_BUFFER_OBJECT);
-        m_viewer->getCamera()->setClearMask(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-        // Labels sized in screen pixels have tiny model bounds: never cull
-        // what looks small from afar.
         osg::Camera* camera = m_viewer->getCamera();
-        camera->setCullingMode(camera->getCullingMode() & ~osg::CullSettings::SMALL_FEATURE_CULLING);
+        camera->setRenderTargetImplementation(osg::Camera::FRAME_BUFFER_OBJECT);
+        // The picture pass covers every pixel and places itself.
+        camera->setClearMask(0);
+        camera->setComputeNearFarMode(osg::CullSettings::DO_NOT_COMPUTE_NEAR_FAR);
+        m_sceneCamera = sceneCamera();
+        osg::ref_ptr<osg::Group> passes = new osg::Group;
+        passes->addChild(m_sceneCamera.get());
+        passes->addChild(m_picturePass->GetNode());
+        m_viewer->setSceneData(passes.get());
+    }
+    const int sceneWidth = width * factor, sceneHeight = height * factor;
+    if (!m_sceneColour || m_sceneColour->getTextureWidth() != sceneWidth ||
+        m_sceneColour->getTextureHeight() != sceneHeight) {
+        m_sceneColour = colourTexture(sceneWidth, sceneHeight);
+        m_sceneCamera->detach(osg::Camera::COLOR_BUFFER);
+        m_sceneCamera->attach(osg::Camera::COLOR_BUFFER, m_sceneColour.get());
+        m_sceneCamera->setViewport(0, 0, sceneWidth, sceneHeight);
+        m_sceneCamera->dirtyAttachmentMap();
     }
     if (!m_target || m_target->s() != width || m_target->t() != height) {
         m_target = new osg::Image;
         m_target->allocateImage(width, height, 1, GL_RGBA, GL_UNSIGNED_BYTE);
+        m_target->setInternalTextureFormat(GL_RGBA8);
         osg::Camera* camera = m_viewer->getCamera();
         camera->detach(osg::Camera::COLOR_BUFFER);
         camera->attach(osg::Camera::COLOR_BUFFER, m_target.get());
         camera->setViewport(0, 0, width, height);
         camera->dirtyAttachmentMap();
     }
-    if (m_viewer->getSceneData() != m_scene->GetTopNode())
-        m_viewer->setSceneData(m_scene->GetTopNode());
+    if (m_sceneCamera->getNumChildren() != 1 || m_sceneCamera->getChild(0) != m_scene->GetTopNode()) {
+        m_sceneCamera->removeChildren(0, m_sceneCamera->getNumChildren());
+        m_sceneCamera->addChild(m_scene->GetTopNode());
+    }
     COffscreenContext::BindDefaultFramebuffer();
     if (!m_viewer->isRealized()) {
         m_viewer->realize();
@@ -145,7 +172,7 @@ bool CViewer::prepare(int width, int height, QString* error)
 
 void CViewer::applyCamera(const CCamera& camera, int width, int height, bool transparentBackground)
 {
-    osg::Camera* view = m_viewer->getCamera();
+    osg::Camera* view = m_sceneCamera.get();
     view->setViewMatrix(camera.GetViewMatrix());
     const double aspect = double(width) / double(height);
     if (camera.GetProjectionType() == CCamera::Orthographic) {
@@ -160,6 +187,23 @@ void CViewer::applyCamera(const CCamera& camera, int width, int height, bool tra
                                   transparentBackground ? 0.0f : 1.0f));
 }
 
+void CViewer::readInto(QImage& picture, int width, int height, bool withAlpha)
+{
+    // The caller's last frame is let go first: when nobody else holds it (a
+    // recorder copies what it keeps), its buffer takes this frame as well.
+    picture = QImage();
+    const QImage::Format format = withAlpha ? QImage::Format_ARGB32 : QImage::Format_RGB32;
+    if (m_picture.width() != width || m_picture.height() != height || m_picture.format() != format ||
+        !m_picture.isDetached())
+        m_picture = QImage(width, height, format);
+    // Same size and layout as allocated in prepare(), so the read-back goes
+    // straight into the picture's pixels.
+    m_target->setImage(width, height, 1, GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE, m_picture.bits(),
+                       osg::Image::NO_DELETE);
+    m_viewer->frame();
+    picture = m_picture;
+}
+
 bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& image, QString* error,
                           bool transparentBackground)
 {
@@ -168,16 +212,19 @@ bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& 
             *error = QStringLiteral("cannot render a picture of %1x%2 pixels").arg(width).arg(height);
         return false;
     }
-    const int factor = std::max(1, std::min(m_supersampling, kMaxRenderSide / std::max(width, height)));
-    if (!prepare(width * factor, height * factor, error))
+    const bool supersampled = m_antiAliasing == AntiAliasing::Supersampling;
+    const int factor =
+        supersampled ? std::max(1, std::min(kSupersamplingFactor, kMaxRenderSide / std::max(width, height))) : 1;
+    if (!prepare(width, height, factor, error))
         return false;
     applyCamera(camera, width, height, transparentBackground);
+    const PicturePass::Filter filter = supersampled ? PicturePass::Average
+                                       : m_antiAliasing == AntiAliasing::EdgeSmoothing ? PicturePass::SmoothEdges
+                                                                                       : PicturePass::Copy;
+    m_picturePass->Set(m_sceneColour.get(), filter, factor, width, height, !transparentBackground);
     if (CVectorText2D::GetPixelScale() != float(factor))
         CVectorText2D::SetPixelScale(float(factor), m_scene->GetTopNode());
-    if (CLight* sun = m_scene->FindLight(CScene::kShadowLightName))
-        sun->SetShadowDirty(false);
-    m_viewer->frame();
-    image = averagedDown(*m_target, factor, transparentBackground);
+    readInto(image, width, height, transparentBackground);
     return true;
 }
 

@@ -20,21 +20,31 @@ namespace osgViewer {
 class Viewer;
 }
 namespace osg {
+class Camera;
 class Image;
+class Texture2D;
 }
 
 namespace vpe {
+
+class PicturePass;
 
 // Shows a scene through a camera. Without a screen it renders into frame
 // buffer objects of the process's off-screen context; the active viewport is
 // the size of the view on screen (or of the picture a command line renders).
 //
-// Renders are anti-aliased by drawing at a multiple of the size and averaging
-// down. The dirty flag tells a view that the scene changed and wants a frame.
+// A render draws the scene into a colour texture, then one full-screen pass
+// anti-aliases it into the picture that is read back (see AntiAliasing).
+//
+// The dirty flag tells a view that it wants a frame. SetDirty says the scene
+// changed, which also makes the shadows be drawn again; a new camera or
+// viewport size sets the flag without that, since the shadows do not depend
+// on the view.
 //
 // A frame happens in this order: the clock ticks its timers with the length
 // of the frame from the time source, the animation manager evaluates every
-// enabled animator at its timer's value, then the scene is drawn.
+// enabled animator at its timer's value, then the scene is drawn. Animators
+// that move nodes mark the shadows for drawing again.
 class CViewer : public CReferenced {
 public:
     CViewer();
@@ -66,13 +76,21 @@ public:
     int GetActiveViewportHeight() const { return m_viewportHeight; }
     unsigned int GetMinimumFrameRate() const { return m_minimumFrameRate; }
     void SetMinimumFrameRate(unsigned int framesPerSecond) { m_minimumFrameRate = framesPerSecond; }
-    void SetDirty(bool dirty = true) { m_dirty = dirty; }
+    void SetDirty(bool dirty = true);
     bool IsDirty() const { return m_dirty; }
     void SetBackgroundColor(const QColor& color) { m_background = color; }
     const QColor& GetBackgroundColor() const { return m_background; }
-    // 1 draws at the picture's size; 2 (the default) at twice its width and
-    // height, averaged down.
-    void SetSupersampling(int factor);
+    enum class AntiAliasing {
+        None,
+        // The default: drawn at the picture's size, edges smoothed in the
+        // final pass.
+        EdgeSmoothing,
+        // Drawn at twice the width and height and averaged down: finer detail
+        // in thin lines, at about twice the time.
+        Supersampling,
+    };
+    void SetAntiAliasing(AntiAliasing mode) { m_antiAliasing = mode; }
+    AntiAliasing GetAntiAliasing() const { return m_antiAliasing; }
 
     // Renders the scene from the camera into a picture of that size, over the
     // background colour or a transparent background. False with the reason
@@ -87,8 +105,9 @@ protected:
     ~CViewer() override;
 
 private:
-    bool prepare(int width, int height, QString* error);
+    bool prepare(int width, int height, int factor, QString* error);
     void applyCamera(const CCamera& camera, int width, int height, bool transparentBackground);
+    void readInto(QImage& picture, int width, int height, bool withAlpha);
 
     CRefPtr<CScene> m_scene;
     CRefPtr<CCamera> m_camera;
@@ -99,12 +118,18 @@ private:
     CRefPtr<CVideoMaker> m_videoMaker;
     CRefPtr<COffscreenTool> m_offscreenTool;
     std::unique_ptr<osgViewer::Viewer> m_viewer;
+    // Draws the scene into m_sceneColour; the viewer's own camera draws the
+    // picture pass into m_target, whose pixels are m_picture's.
+    CRefPtr<osg::Camera> m_sceneCamera;
+    CRefPtr<osg::Texture2D> m_sceneColour;
+    std::unique_ptr<PicturePass> m_picturePass;
     CRefPtr<osg::Image> m_target;
+    QImage m_picture;
     int m_viewportWidth = 1280;
     int m_viewportHeight = 720;
     unsigned int m_minimumFrameRate = 0;
     bool m_dirty = true;
-    int m_supersampling = 2;
+    AntiAliasing m_antiAliasing = AntiAliasing::EdgeSmoothing;
     QColor m_background{178, 202, 226};
 };
 

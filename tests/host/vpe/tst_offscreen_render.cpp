@@ -192,7 +192,7 @@ TEST_F(OffscreenRender, longEdgesAreSmoothed)
 {
     // A slightly turned edge of a face (no edge lines, which are smoothed on
     // their own): without anti-aliasing every pixel along it is either black
-    // or white; averaged pixels show mixed shades.
+    // or white; smoothed or averaged pixels show mixed shades.
     root()->removeChild(block);
     osg::ref_ptr<vpe::CPrimitiveRenderable> face = new vpe::CPrimitiveRenderable;
     face->SetPrimitives(vpe::CPrimitiveRenderable::Triangles, {{-1400, -1400, 0}, {1400, -1300, 0}, {1400, 1400, 0}},
@@ -213,8 +213,12 @@ TEST_F(OffscreenRender, longEdgesAreSmoothed)
         }
         return mixed;
     };
+    using AntiAliasing = vpe::CViewer::AntiAliasing;
+    ASSERT_EQ(viewer->GetAntiAliasing(), AntiAliasing::EdgeSmoothing);
     EXPECT_GT(mixedPixels(), kSize / 3);
-    viewer->SetSupersampling(1);
+    viewer->SetAntiAliasing(AntiAliasing::Supersampling);
+    EXPECT_GT(mixedPixels(), kSize / 3);
+    viewer->SetAntiAliasing(AntiAliasing::None);
     EXPECT_LT(mixedPixels(), kSize / 10);
 }
 
