@@ -25,18 +25,6 @@ constexpr int kSweepPlane = 0;
 constexpr int kTopPlane = 1;
 constexpr int kBottomPlane = 2;
 
-void setPlane(osg::Node* node, const KVXAnimPlane& plane, int index)
-{
-    KVXAnimPlaneVisitor visitor(&plane, false, index);
-    node->accept(visitor);
-}
-
-void removePlane(osg::Node* node, int index)
-{
-    KVXAnimPlaneVisitor visitor(nullptr, true, index);
-    node->accept(visitor);
-}
-
 } // namespace
 
 KVXAnimLayeringTransCallback::KVXAnimLayeringTransCallback(KVXAnimation* animation)
@@ -80,30 +68,47 @@ int KVXAnimLayeringTransCallback::LayerCount() const
     return std::isfinite(layers) && layers < 1e6 ? static_cast<int>(layers) : 0;
 }
 
-void KVXAnimLayeringTransCallback::showWholeLayer()
+bool KVXAnimLayeringTransCallback::showWholeLayer()
 {
+    bool changed = false;
     for (int index : {kSweepPlane, kTopPlane, kBottomPlane})
-        removePlane(m_layerNode.get(), index);
-    removePlane(m_elementNode.get(), 0);
+        changed = m_layerPlanes[index].Remove(m_layerNode.get(), index) || changed;
+    changed = m_belowPlane.Remove(m_elementNode.get(), 0) || changed;
+    for (KVXCutCap* cap : {&m_sweepCap, &m_topCap, &m_bottomCap})
+        changed = cap->Clear() || changed;
+    return changed;
 }
 
 void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time)
 {
     if (!PfGsUtility::CurrentViewer() || !m_node)
         return;
-    m_capNode->removeDrawables(0, m_capNode->getNumDrawables());
     const int layers = LayerCount();
     if (!m_layerNode || m_animation->getTranslationType() > KVXAnimation::BackToFront || layers < 2) {
         KVXNodeVisibility::SetVisible(m_layerNode.get(), false);
+        // The plain cut takes the element's node and the cap holder over.
+        m_belowPlane.Forget();
+        bool layerCaps = false;
+        for (KVXCutCap* cap : {&m_sweepCap, &m_topCap, &m_bottomCap})
+            layerCaps = cap->Clear() || layerCaps;
+        if (layerCaps)
+            m_elementPlane.Forget();
         KVXAnimTransCallback::operator()(node, time);
         return;
     }
     KVXNodeVisibility::SetVisible(m_layerNode.get(), true);
+    m_elementPlane.Forget();
+    const bool plainCap = m_cap.Clear();
     Timing when;
-    if (!timing(time.time, when))
+    if (!timing(time.time, when)) {
+        showCaps({});
         return;
+    }
     if (showsWhole(when)) {
-        showWholeLayer();
+        if (showWholeLayer() || plainCap) {
+            showCaps({});
+            markSceneChanged();
+        }
         return;
     }
     const int type = m_animation->getAnimationType();
@@ -147,16 +152,19 @@ void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::
         top = {{0, 0, m_topElevation - layer * h}, {0, 0, -1}};
         bottom = {{0, 0, m_topElevation - (layer + 1) * h}, {0, 0, 1}};
     }
-    setPlane(m_layerNode.get(), sweep, kSweepPlane);
-    setPlane(m_layerNode.get(), top, kTopPlane);
-    setPlane(m_layerNode.get(), bottom, kBottomPlane);
-    setPlane(m_elementNode.get(), {bottom.point, {0, 0, -1}}, 0);
+    bool changed = m_layerPlanes[kSweepPlane].Set(m_layerNode.get(), sweep, m_box, kSweepPlane) || plainCap;
+    changed = m_layerPlanes[kTopPlane].Set(m_layerNode.get(), top, m_box, kTopPlane) || changed;
+    changed = m_layerPlanes[kBottomPlane].Set(m_layerNode.get(), bottom, m_box, kBottomPlane) || changed;
+    changed = m_belowPlane.Set(m_elementNode.get(), {bottom.point, {0, 0, -1}}, m_box, 0) || changed;
 
     // Each cap only where the layer's solid ends: the sweep's face within
     // the layer, the layer's top over the swept part; the top of what lies
     // below is open wherever the layer is not built yet.
-    m_sweepCap.Draw(*m_capNode, element(), sweep, {top, bottom});
-    m_topCap.Draw(*m_capNode, element(), top, {sweep});
-    m_bottomCap.Draw(*m_capNode, element(), bottom);
+    changed = m_sweepCap.Update(element(), sweep, {top, bottom}) || changed;
+    changed = m_topCap.Update(element(), top, {sweep}) || changed;
+    changed = m_bottomCap.Update(element(), bottom) || changed;
+    if (!changed)
+        return;
+    showCaps({&m_sweepCap, &m_topCap, &m_bottomCap});
     markSceneChanged();
 }

@@ -22,12 +22,16 @@ protected:
     ~KVXAnimLayeringTransCallback() override;
 
 private:
-    void showWholeLayer();
+    // Takes every plane and cap of the layers away; true when any was there.
+    bool showWholeLayer();
 
     vpe::CRefPtr<vpe::CSceneNode> m_layerNode;
     vpe::CRefPtr<vpe::CSceneNode> m_elementNode;
     double m_topElevation = 0.0;
     double m_bottomElevation = 0.0;
+    KVXAppliedPlane m_layerPlanes[3];
+    // What lies below the current layer, on the element's own node.
+    KVXAppliedPlane m_belowPlane;
     KVXCutCap m_sweepCap;
     KVXCutCap m_topCap;
     KVXCutCap m_bottomCap;

@@ -65,6 +65,7 @@ void KVXAnimTransCallback::takeExtents()
         if (!(box._max[axis] + 1e-12 >= box._min[axis]))
             return;
     }
+    m_box = box;
     for (int axis = 0; axis < 3; ++axis) {
         m_centre[axis] = (static_cast<double>(box._min[axis]) + box._max[axis]) * 0.5;
         m_size[axis] = static_cast<double>(box._max[axis]) - box._min[axis];
@@ -152,27 +153,36 @@ void KVXAnimTransCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime& t
 {
     if (!m_node)
         return;
-    m_capNode->removeDrawables(0, m_capNode->getNumDrawables());
     Timing when;
-    if (!timing(time.time, when))
+    if (!timing(time.time, when)) {
+        // Past the loop end the element keeps its last state, without a cap.
+        if (m_cap.Clear())
+            showCaps({});
         return;
+    }
     const int type = m_animation->getAnimationType();
+    bool changed = false;
     if (showsWhole(when)) {
-        KVXAnimPlaneVisitor whole(nullptr, true, type);
-        m_node->accept(whole);
+        changed = m_elementPlane.Remove(m_node.get(), type);
+        changed = m_cap.Clear() || changed;
     } else {
         const float direction = type == KVXAnimation::Construction ? -1.0f : 1.0f;
         const KVXAnimPlane plane = sweepPlane(fractionOf(when), when.nearEnd, direction);
-        KVXAnimPlaneVisitor cut(&plane, false, type);
-        m_node->accept(cut);
-        drawCap(m_cap, plane);
+        changed = m_elementPlane.Set(m_node.get(), plane, m_box, type);
+        changed = m_cap.Update(element(), plane) || changed;
     }
+    // A frame that moves nothing leaves the scene (and its shadows) alone.
+    if (!changed)
+        return;
+    showCaps({&m_cap});
     markSceneChanged();
 }
 
-void KVXAnimTransCallback::drawCap(KVXCutCap& cap, const KVXAnimPlane& plane)
+void KVXAnimTransCallback::showCaps(std::initializer_list<const KVXCutCap*> caps)
 {
-    cap.Draw(*m_capNode, element(), plane);
+    m_capNode->removeDrawables(0, m_capNode->getNumDrawables());
+    for (const KVXCutCap* cap : caps)
+        cap->AddTo(*m_capNode);
 }
 
 void KVXAnimTransCallback::markSceneChanged()

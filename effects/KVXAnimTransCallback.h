@@ -1,10 +1,15 @@
 #pragma once
 
 #include "KVXAnimPlane.h"
+#include "KVXAppliedPlane.h"
 #include "KVXCutCap.h"
 
 #include "host/vpe/CFrameCallback.h"
 #include "host/vpe/CVisualNode.h"
+
+#include <osg/BoundingBox>
+
+#include <initializer_list>
 
 class KVXAnimation;
 class PfDbElement;
@@ -42,7 +47,8 @@ protected:
     bool showsWhole(const Timing& timing) const;
     // The plane the record's direction gives for a fraction of its interval.
     KVXAnimPlane sweepPlane(float fraction, bool nearEnd, float direction) const;
-    void drawCap(KVXCutCap& cap, const KVXAnimPlane& plane);
+    // The cap holder shows these caps (and nothing else).
+    void showCaps(std::initializer_list<const KVXCutCap*> caps);
     // The shadow light and the viewer are told that the scene changed.
     static void markSceneChanged();
     PfDbElement* element() const;
@@ -52,9 +58,11 @@ protected:
     vpe::CRefPtr<vpe::CVisualNode> m_capNode;
     double m_centre[3] = {0.0, 0.0, 0.0};
     double m_size[3] = {0.0, 0.0, 0.0};
+    osg::BoundingBox m_box;
+    // The element's own plane (index: the record's kind) and its cap.
+    KVXAppliedPlane m_elementPlane;
+    KVXCutCap m_cap;
 
 private:
     void takeExtents();
-
-    KVXCutCap m_cap;
 };

@@ -34,12 +34,11 @@ QColor KVXCutCap::colourOf(const PfDbElement* element)
     return element->EntityColor();
 }
 
-void KVXCutCap::Draw(vpe::CVisualNode& holder, PfDbElement* element, const KVXAnimPlane& plane,
-                     const std::vector<KVXAnimPlane>& bounds)
+bool KVXCutCap::Update(PfDbElement* element, const KVXAnimPlane& plane, const std::vector<KVXAnimPlane>& bounds)
 {
     vpe::CBody* body = element ? bodyOf(element) : nullptr;
     if (!body)
-        return;
+        return Clear();
     const QColor colour = colourOf(element);
     if (body != m_body.get()) {
         m_body = body;
@@ -50,15 +49,30 @@ void KVXCutCap::Draw(vpe::CVisualNode& holder, PfDbElement* element, const KVXAn
         makeStateSets(*element, colour);
         m_planeValid = false;
     }
-    if (!m_planeValid || plane != m_plane || bounds != m_bounds) {
-        m_plane = plane;
-        m_bounds = bounds;
-        m_planeValid = true;
-        m_faces = nullptr;
-        m_edges = nullptr;
-        if (!misses(plane))
-            build(*element, *body, plane);
-    }
+    if (m_planeValid && plane == m_plane && bounds == m_bounds)
+        return false;
+    const bool hadCap = m_faces || m_edges;
+    m_plane = plane;
+    m_bounds = bounds;
+    m_planeValid = true;
+    m_faces = nullptr;
+    m_edges = nullptr;
+    if (!misses(plane))
+        build(*element, *body, plane);
+    return hadCap || m_faces || m_edges;
+}
+
+bool KVXCutCap::Clear()
+{
+    m_planeValid = false;
+    const bool hadCap = m_faces || m_edges;
+    m_faces = nullptr;
+    m_edges = nullptr;
+    return hadCap;
+}
+
+void KVXCutCap::AddTo(vpe::CVisualNode& holder) const
+{
     if (m_faces)
         holder.addDrawable(m_faces.get());
     if (m_edges)
@@ -83,7 +97,8 @@ void KVXCutCap::build(const PfDbElement& element, const vpe::CBody& body, const 
 {
     ++m_builds;
     const vpe::CPlane cut(plane.point, plane.normal);
-    const vpe::CBooleanOperate operate(true, true, true, true);
+    // Only the section is drawn: the parts are not made.
+    const vpe::CBooleanOperate operate(false, false, true, false);
     vpe::CRefPtr<vpe::CBody> positive;
     vpe::CRefPtr<vpe::CBody> negative;
     vpe::CSection section;

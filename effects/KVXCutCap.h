@@ -28,11 +28,13 @@ public:
     KVXCutCap();
     ~KVXCutCap();
 
-    // Adds the cap's renderables to the holder; nothing when the element has
-    // no body or the plane misses it. With bounds, only the part of the cap
-    // on the kept side of every bound is drawn.
-    void Draw(vpe::CVisualNode& holder, PfDbElement* element, const KVXAnimPlane& plane,
-              const std::vector<KVXAnimPlane>& bounds = {});
+    // Brings the cap up to the plane: no cap when the element has no body or
+    // the plane misses it. With bounds, only the part of the cap on the kept
+    // side of every bound is drawn. True when the cap's renderables changed.
+    bool Update(PfDbElement* element, const KVXAnimPlane& plane, const std::vector<KVXAnimPlane>& bounds = {});
+    // No cap until the next update; true when there was one.
+    bool Clear();
+    void AddTo(vpe::CVisualNode& holder) const;
     // How many times a cap was made from the body (for the curious: tests and
     // benchmarks).
     int BuildCount() const { return m_builds; }
