@@ -44,7 +44,7 @@ KVXAnimTransCallback::KVXAnimTransCallback(KVXAnimation* animation) : m_animatio
     takeExtents();
     m_capNode = new vpe::CVisualNode;
     m_capNode->setName("kvx_cut_caps");
-    viewer->GetScene()->GetRootNode()->addChild(m_capNode.get());
+    m_sceneRoot = viewer->GetScene()->GetRootNode();
 }
 
 KVXAnimTransCallback::~KVXAnimTransCallback()
@@ -169,7 +169,12 @@ void KVXAnimTransCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime& t
         const float direction = type == KVXAnimation::Construction ? -1.0f : 1.0f;
         const KVXAnimPlane plane = sweepPlane(fractionOf(when), when.nearEnd, direction);
         changed = m_elementPlane.Set(m_node.get(), plane, m_box, type);
-        changed = m_cap.Update(element(), plane) || changed;
+        // A plane beside the element has no cap to show; one that stands
+        // still has its cap already.
+        if (!m_elementPlane.Cuts())
+            changed = m_cap.Clear() || changed;
+        else if (!m_cap.IsAt(plane))
+            changed = m_cap.Update(element(), plane) || changed;
     }
     // A frame that moves nothing leaves the scene (and its shadows) alone.
     if (!changed)
@@ -183,6 +188,16 @@ void KVXAnimTransCallback::showCaps(std::initializer_list<const KVXCutCap*> caps
     m_capNode->removeDrawables(0, m_capNode->getNumDrawables());
     for (const KVXCutCap* cap : caps)
         cap->AddTo(*m_capNode);
+    // The holder stands in the scene only while it holds a cap: most records
+    // of a long schedule are not under way, and a scene root with thousands
+    // of empty holders is slow to take them from again.
+    const bool inScene = m_capNode->getNumParents() > 0;
+    const bool wanted = m_capNode->getNumDrawables() > 0;
+    osg::ref_ptr<osg::Group> root;
+    if (wanted && !inScene && m_sceneRoot.lock(root))
+        root->addChild(m_capNode.get());
+    else if (!wanted && inScene)
+        m_capNode->getParent(0)->removeChild(m_capNode.get());
 }
 
 void KVXAnimTransCallback::markSceneChanged()

@@ -8,6 +8,8 @@
 #include "host/vpe/CVisualNode.h"
 
 #include <osg/BoundingBox>
+#include <osg/Group>
+#include <osg/observer_ptr>
 
 #include <initializer_list>
 
@@ -24,10 +26,11 @@ public:
 
     void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
 
-    // The node the caps are drawn in (a child of the scene root); null when
-    // the element could not be found.
+    // The node the caps are drawn in (a child of the scene root while it
+    // holds a cap); null when the element could not be found.
     vpe::CVisualNode* GetCapNode() const { return m_capNode.get(); }
     vpe::CSceneNode* GetElementNode() const { return m_node.get(); }
+    const KVXCutCap& GetCap() const { return m_cap; }
 
 protected:
     ~KVXAnimTransCallback() override;
@@ -56,6 +59,7 @@ protected:
     KVXAnimation* m_animation;
     vpe::CRefPtr<vpe::CSceneNode> m_node;
     vpe::CRefPtr<vpe::CVisualNode> m_capNode;
+    osg::observer_ptr<osg::Group> m_sceneRoot;
     double m_centre[3] = {0.0, 0.0, 0.0};
     double m_size[3] = {0.0, 0.0, 0.0};
     osg::BoundingBox m_box;

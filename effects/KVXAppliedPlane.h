@@ -20,6 +20,9 @@ public:
     // True when the node's state sets were changed.
     bool Set(osg::Node* node, const KVXAnimPlane& plane, const osg::BoundingBox& box, int index);
     bool Remove(osg::Node* node, int index);
+    // Whether the plane last set goes through the node's box (a plane beside
+    // it cuts all or nothing).
+    bool Cuts() const { return m_state == State::Cutting; }
     // The next call applies whatever it is given (the node was changed by
     // someone else).
     void Forget() { m_state = State::Unknown; }

@@ -1,14 +1,13 @@
 #include "KVXCutCap.h"
 
 #include "host/model/KVX3DElementObject.h"
-#include "host/model/PfOptionContainer.h"
 #include "host/vpe/CBody.h"
+#include "host/vpe/CBodySlicer.h"
 #include "host/vpe/CBooleanOperate.h"
 #include "host/vpe/CPlane.h"
 #include "host/vpe/CPrimitiveRenderable.h"
 #include "host/vpe/CSection.h"
 #include "host/vpe/CStateSetManager.h"
-#include "host/vpe/GBodyBuilder.h"
 
 KVXCutCap::KVXCutCap() = default;
 
@@ -43,40 +42,42 @@ bool KVXCutCap::Update(PfDbElement* element, const KVXAnimPlane& plane, const st
     if (body != m_body.get()) {
         m_body = body;
         m_bodyBox = body->GetBoundingBox();
+        m_slicer = nullptr;
+        m_geometry.Clear();
         m_planeValid = false;
     }
     if (colour != m_colour || !m_faceState) {
         makeStateSets(*element, colour);
+        m_geometry.Clear();
         m_planeValid = false;
     }
     if (m_planeValid && plane == m_plane && bounds == m_bounds)
         return false;
-    const bool hadCap = m_faces || m_edges;
+    const bool hadCap = hasCap();
     m_plane = plane;
     m_bounds = bounds;
     m_planeValid = true;
-    m_faces = nullptr;
-    m_edges = nullptr;
-    if (!misses(plane))
+    if (misses(plane))
+        m_geometry.Clear();
+    else
         build(*element, *body, plane);
-    return hadCap || m_faces || m_edges;
+    return hadCap || hasCap();
 }
 
 bool KVXCutCap::Clear()
 {
     m_planeValid = false;
-    const bool hadCap = m_faces || m_edges;
-    m_faces = nullptr;
-    m_edges = nullptr;
+    const bool hadCap = hasCap();
+    m_geometry.Clear();
     return hadCap;
 }
 
 void KVXCutCap::AddTo(vpe::CVisualNode& holder) const
 {
-    if (m_faces)
-        holder.addDrawable(m_faces.get());
-    if (m_edges)
-        holder.addDrawable(m_edges.get());
+    if (m_geometry.Faces())
+        holder.addDrawable(m_geometry.Faces());
+    if (m_geometry.Edges())
+        holder.addDrawable(m_geometry.Edges());
 }
 
 bool KVXCutCap::misses(const KVXAnimPlane& plane) const
@@ -95,101 +96,42 @@ bool KVXCutCap::misses(const KVXAnimPlane& plane) const
 
 void KVXCutCap::build(const PfDbElement& element, const vpe::CBody& body, const KVXAnimPlane& plane)
 {
-    ++m_builds;
     const vpe::CPlane cut(plane.point, plane.normal);
-    // Only the section is drawn: the parts are not made.
-    const vpe::CBooleanOperate operate(false, false, true, false);
-    vpe::CRefPtr<vpe::CBody> positive;
-    vpe::CRefPtr<vpe::CBody> negative;
-    vpe::CSection section;
-    if (!operate.SplitBody(body, cut, positive, negative, section) || section.IsEmpty())
-        return;
-    const vpe::CRefPtr<vpe::CBody> shell = vpe::GBodyBuilder::CreateShell(section, cut, true, false);
     const auto* drawn = KVXElementObject::Cast(&element);
-    if (!shell || !drawn)
+    if (!cut.IsValid() || !drawn) {
+        m_geometry.Clear();
         return;
-    std::vector<osg::Vec3f> vertices;
-    std::vector<osg::Vec3f> normals;
-    std::vector<osg::Vec3f> edges;
-    const PfOptionContainer* options = PfOptionContainer::GetInstance();
-    drawn->tessellateShell(*shell, options->GetDistEpsilonCoefficient(), options->GetAngleEpsilonCoefficient(),
-                           vertices, normals, edges);
-    for (const KVXAnimPlane& bound : m_bounds) {
-        clipTriangles(vertices, normals, bound);
-        clipSegments(edges, bound);
     }
-    if (vertices.empty())
+    if (!m_slicer || m_slicer->GetNormal() != cut.GetNormal())
+        m_slicer = new vpe::CBodySlicer(body, cut.GetNormal());
+    // Most frames only slide the plane between two vertex levels.
+    if (m_bounds.empty() && m_slicer->Slide(plane.point, m_points) && m_geometry.Move(m_points)) {
+        ++m_moves;
         return;
-    m_faces = new vpe::CPrimitiveRenderable(false);
-    m_faces->SetPrimitives(vpe::CPrimitiveRenderable::Triangles, vertices, normals);
-    m_faces->setStateSet(m_faceState.get());
-    if (!edges.empty()) {
-        m_edges = new vpe::CPrimitiveRenderable(false);
-        m_edges->SetPrimitives(vpe::CPrimitiveRenderable::Lines, edges);
-        m_edges->setStateSet(m_edgeState.get());
     }
-}
-
-namespace {
-
-double sideOf(const osg::Vec3f& point, const KVXAnimPlane& bound)
-{
-    return (osg::Vec3d(point) - bound.point) * bound.normal;
-}
-
-osg::Vec3f crossing(const osg::Vec3f& a, double da, const osg::Vec3f& b, double db)
-{
-    return a + (b - a) * static_cast<float>(da / (da - db));
-}
-
-} // namespace
-
-void KVXCutCap::clipTriangles(std::vector<osg::Vec3f>& vertices, std::vector<osg::Vec3f>& normals,
-                              const KVXAnimPlane& bound)
-{
-    std::vector<osg::Vec3f> keptVertices;
-    std::vector<osg::Vec3f> keptNormals;
-    std::vector<osg::Vec3f> polygon;
-    for (std::size_t i = 0; i + 2 < vertices.size(); i += 3) {
-        // The triangle's part on the kept side, a convex polygon made into a
-        // fan.
-        polygon.clear();
-        for (std::size_t k = 0; k < 3; ++k) {
-            const osg::Vec3f& a = vertices[i + k];
-            const osg::Vec3f& b = vertices[i + (k + 1) % 3];
-            const double da = sideOf(a, bound);
-            const double db = sideOf(b, bound);
-            if (da >= 0.0)
-                polygon.push_back(a);
-            if ((da >= 0.0) != (db >= 0.0))
-                polygon.push_back(crossing(a, da, b, db));
+    vpe::CSection section;
+    bool sameLoops = false;
+    switch (m_slicer->Slice(plane.point, section, sameLoops)) {
+    case vpe::CBodySlicer::Missed:
+        m_geometry.Clear();
+        return;
+    case vpe::CBodySlicer::Sliced:
+        break;
+    case vpe::CBodySlicer::Degenerate: {
+        // Through a vertex: the general split knows what to do. Only the
+        // section is drawn, so the parts are not made.
+        vpe::CRefPtr<vpe::CBody> positive;
+        vpe::CRefPtr<vpe::CBody> negative;
+        const vpe::CBooleanOperate operate(false, false, true, false);
+        if (!operate.SplitBody(body, cut, positive, negative, section) || section.IsEmpty()) {
+            m_geometry.Clear();
+            return;
         }
-        for (std::size_t k = 1; k + 1 < polygon.size(); ++k) {
-            keptVertices.insert(keptVertices.end(), {polygon[0], polygon[k], polygon[k + 1]});
-            keptNormals.insert(keptNormals.end(), 3, normals[i]);
-        }
+        break;
     }
-    vertices.swap(keptVertices);
-    normals.swap(keptNormals);
-}
-
-void KVXCutCap::clipSegments(std::vector<osg::Vec3f>& vertices, const KVXAnimPlane& bound)
-{
-    std::vector<osg::Vec3f> kept;
-    for (std::size_t i = 0; i + 1 < vertices.size(); i += 2) {
-        osg::Vec3f a = vertices[i];
-        osg::Vec3f b = vertices[i + 1];
-        const double da = sideOf(a, bound);
-        const double db = sideOf(b, bound);
-        if (da < 0.0 && db < 0.0)
-            continue;
-        if (da < 0.0)
-            a = crossing(a, da, b, db);
-        else if (db < 0.0)
-            b = crossing(a, da, b, db);
-        kept.insert(kept.end(), {a, b});
     }
-    vertices.swap(kept);
+    ++m_builds;
+    m_geometry.Make(*drawn, section, cut, m_bounds, m_faceState.get(), m_edgeState.get());
 }
 
 void KVXCutCap::makeStateSets(const PfDbElement& element, const QColor& colour)

@@ -214,13 +214,40 @@ TEST_F(TransCallback, withoutTheElementsNodeNothingHappens)
 TEST_F(TransCallback, theCapsLeaveWithTheCallback)
 {
     osg::Group* root = viewer->GetScene()->GetRootNode();
-    KVXAnimation* plain = addRecord(wall, KVXAnimation::Construction, KVXAnimation::LeftToRight, kStart, kEnd);
+    vpe::CRefPtr<KVXAnimTransCallback> callback = start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
     const unsigned int before = root->getNumChildren();
-    {
-        vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(plain);
-        EXPECT_EQ(root->getNumChildren(), before + 1);
-    }
+    evaluateAt(5.0);
+    EXPECT_EQ(root->getNumChildren(), before + 1) << "a cap is shown";
+    evaluateAt(20.0);
+    EXPECT_EQ(root->getNumChildren(), before) << "a built element has none";
+    evaluateAt(5.0);
+    viewer->GetAnimationManager()->DestroyAnimator("1");
+    viewer->GetAnimationManager()->DestroyAnimation("1");
+    const vpe::CRefPtr<vpe::CVisualNode> caps = callback->GetCapNode();
+    EXPECT_EQ(caps->getNumParents(), 1u);
+    record->setAnimation(nullptr);
+    record->setAnimator(nullptr);
+    callback = nullptr;
+    EXPECT_EQ(caps->getNumParents(), 0u);
     EXPECT_EQ(root->getNumChildren(), before);
+}
+
+TEST_F(TransCallback, aSlidingPlaneMovesTheCapInsteadOfMakingIt)
+{
+    KVXAnimTransCallback* callback = start(KVXAnimation::Construction, KVXAnimation::BottomUp);
+    evaluateAt(2.0);
+    evaluateAt(2.0);
+    EXPECT_EQ(callback->GetCap().BuildCount(), 1) << "a plane that stays put is not cut again";
+    evaluateAt(3.0);
+    evaluateAt(7.0);
+    EXPECT_EQ(callback->GetCap().BuildCount(), 1);
+    EXPECT_EQ(callback->GetCap().MoveCount(), 2);
+    double capZ = 0.0;
+    vpe::CVisualNode* caps = callback->GetCapNode();
+    auto* vertices = static_cast<const osg::Vec3Array*>(caps->getDrawable(0)->asGeometry()->getVertexArray());
+    for (const osg::Vec3f& v : *vertices)
+        capZ = std::max(capZ, double(v.z()));
+    EXPECT_NEAR(capZ, 0.7 * 3000, 1e-3) << "the moved cap stands where the plane is";
 }
 
 } // namespace

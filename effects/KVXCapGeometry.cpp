@@ -1,0 +1,177 @@
+#include "KVXCapGeometry.h"
+
+#include "host/model/KVXElementObject.h"
+#include "host/model/PfOptionContainer.h"
+#include "host/vpe/CPlane.h"
+#include "host/vpe/CPrimitiveRenderable.h"
+#include "host/vpe/CSection.h"
+#include "host/vpe/CStateSet.h"
+#include "host/vpe/GBodyBuilder.h"
+
+#include <cstring>
+#include <unordered_map>
+
+namespace {
+
+double sideOf(const osg::Vec3f& point, const KVXAnimPlane& bound)
+{
+    return (osg::Vec3d(point) - bound.point) * bound.normal;
+}
+
+osg::Vec3f crossing(const osg::Vec3f& a, double da, const osg::Vec3f& b, double db)
+{
+    return a + (b - a) * static_cast<float>(da / (da - db));
+}
+
+// The part of each triangle on the kept side of the bound, as a fan.
+void clipTriangles(std::vector<osg::Vec3f>& vertices, std::vector<osg::Vec3f>& normals, const KVXAnimPlane& bound)
+{
+    std::vector<osg::Vec3f> keptVertices;
+    std::vector<osg::Vec3f> keptNormals;
+    std::vector<osg::Vec3f> polygon;
+    for (std::size_t i = 0; i + 2 < vertices.size(); i += 3) {
+        polygon.clear();
+        for (std::size_t k = 0; k < 3; ++k) {
+            const osg::Vec3f& a = vertices[i + k];
+            const osg::Vec3f& b = vertices[i + (k + 1) % 3];
+            const double da = sideOf(a, bound);
+            const double db = sideOf(b, bound);
+            if (da >= 0.0)
+                polygon.push_back(a);
+            if ((da >= 0.0) != (db >= 0.0))
+                polygon.push_back(crossing(a, da, b, db));
+        }
+        for (std::size_t k = 1; k + 1 < polygon.size(); ++k) {
+            keptVertices.insert(keptVertices.end(), {polygon[0], polygon[k], polygon[k + 1]});
+            keptNormals.insert(keptNormals.end(), 3, normals[i]);
+        }
+    }
+    vertices.swap(keptVertices);
+    normals.swap(keptNormals);
+}
+
+void clipSegments(std::vector<osg::Vec3f>& vertices, const KVXAnimPlane& bound)
+{
+    std::vector<osg::Vec3f> kept;
+    for (std::size_t i = 0; i + 1 < vertices.size(); i += 2) {
+        osg::Vec3f a = vertices[i];
+        osg::Vec3f b = vertices[i + 1];
+        const double da = sideOf(a, bound);
+        const double db = sideOf(b, bound);
+        if (da < 0.0 && db < 0.0)
+            continue;
+        if (da < 0.0)
+            a = crossing(a, da, b, db);
+        else if (db < 0.0)
+            b = crossing(a, da, b, db);
+        kept.insert(kept.end(), {a, b});
+    }
+    vertices.swap(kept);
+}
+
+struct Vec3fHash {
+    std::size_t operator()(const osg::Vec3f& v) const
+    {
+        std::uint32_t bits[3];
+        std::memcpy(bits, v.ptr(), sizeof(bits));
+        return (static_cast<std::size_t>(bits[0]) * 73856093u) ^ (static_cast<std::size_t>(bits[1]) * 19349663u) ^
+               (static_cast<std::size_t>(bits[2]) * 83492791u);
+    }
+};
+
+} // namespace
+
+KVXCapGeometry::KVXCapGeometry() = default;
+
+KVXCapGeometry::~KVXCapGeometry() = default;
+
+void KVXCapGeometry::Clear()
+{
+    m_faces = nullptr;
+    m_edges = nullptr;
+    m_movable = false;
+}
+
+std::vector<osg::Vec3f> KVXCapGeometry::pointsOf(const vpe::CSection& section)
+{
+    std::vector<osg::Vec3f> points;
+    for (const vpe::CSection::Loop& loop : section.GetLoops()) {
+        for (const osg::Vec3d& point : loop)
+            points.emplace_back(point);
+    }
+    return points;
+}
+
+bool KVXCapGeometry::traceBack(const std::vector<osg::Vec3f>& vertices, const std::vector<osg::Vec3f>& points,
+                               std::vector<std::uint32_t>& sources)
+{
+    std::unordered_map<osg::Vec3f, std::uint32_t, Vec3fHash> where;
+    where.reserve(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i)
+        where.emplace(points[i], static_cast<std::uint32_t>(i));
+    sources.clear();
+    sources.reserve(vertices.size());
+    for (const osg::Vec3f& vertex : vertices) {
+        auto it = where.find(vertex);
+        if (it == where.end())
+            return false;
+        sources.push_back(it->second);
+    }
+    return true;
+}
+
+void KVXCapGeometry::Make(const KVXElementObject& element, const vpe::CSection& section, const vpe::CPlane& plane,
+                          const std::vector<KVXAnimPlane>& bounds, vpe::CStateSet* faceState,
+                          vpe::CStateSet* edgeState)
+{
+    Clear();
+    const vpe::CRefPtr<vpe::CBody> shell = vpe::GBodyBuilder::CreateShell(section, plane, true, false);
+    if (!shell)
+        return;
+    std::vector<osg::Vec3f> vertices;
+    std::vector<osg::Vec3f> normals;
+    std::vector<osg::Vec3f> edges;
+    const PfOptionContainer* options = PfOptionContainer::GetInstance();
+    element.tessellateShell(*shell, options->GetDistEpsilonCoefficient(), options->GetAngleEpsilonCoefficient(),
+                            vertices, normals, edges);
+    for (const KVXAnimPlane& bound : bounds) {
+        clipTriangles(vertices, normals, bound);
+        clipSegments(edges, bound);
+    }
+    if (vertices.empty())
+        return;
+    // Dynamic: a sliding cut moves these arrays frame after frame.
+    m_faces = new vpe::CPrimitiveRenderable(true);
+    m_faces->SetPrimitives(vpe::CPrimitiveRenderable::Triangles, vertices, normals);
+    m_faces->setStateSet(faceState);
+    if (!edges.empty()) {
+        m_edges = new vpe::CPrimitiveRenderable(true);
+        m_edges->SetPrimitives(vpe::CPrimitiveRenderable::Lines, edges);
+        m_edges->setStateSet(edgeState);
+    }
+    // A clipped cap has points of its own: it is made again each time.
+    const std::vector<osg::Vec3f> points = pointsOf(section);
+    m_movable = bounds.empty() && traceBack(vertices, points, m_faceSources) &&
+                traceBack(edges, points, m_edgeSources);
+    m_pointCount = points.size();
+}
+
+bool KVXCapGeometry::Move(const std::vector<osg::Vec3f>& points)
+{
+    if (!m_movable || !m_faces || points.size() != m_pointCount)
+        return false;
+    moveArray(m_faces.get(), m_faceSources, points);
+    if (m_edges)
+        moveArray(m_edges.get(), m_edgeSources, points);
+    return true;
+}
+
+void KVXCapGeometry::moveArray(vpe::CPrimitiveRenderable* renderable, const std::vector<std::uint32_t>& sources,
+                               const std::vector<osg::Vec3f>& points)
+{
+    auto* vertices = static_cast<osg::Vec3Array*>(renderable->getVertexArray());
+    for (std::size_t i = 0; i < sources.size() && i < vertices->size(); ++i)
+        (*vertices)[i] = points[sources[i]];
+    vertices->dirty();
+    renderable->dirtyBound();
+}

@@ -1,0 +1,137 @@
+#include "CBodySlicer.h"
+
+#include <algorithm>
+#include <unordered_map>
+
+namespace vpe {
+
+namespace {
+
+std::uint64_t keyOf(std::uint32_t a, std::uint32_t b)
+{
+    return (static_cast<std::uint64_t>(std::min(a, b)) << 32) | std::max(a, b);
+}
+
+} // namespace
+
+CBodySlicer::CBodySlicer(const CBody& body, const osg::Vec3d& normal) : m_body(&body), m_normal(normal)
+{
+    m_normal.normalize();
+    m_heights.reserve(body.GetVertices().size());
+    for (const osg::Vec3d& vertex : body.GetVertices())
+        m_heights.push_back(vertex * m_normal);
+    m_sortedHeights = m_heights;
+    std::sort(m_sortedHeights.begin(), m_sortedHeights.end());
+    // As the general split: closer than 1e-9 of the body's size is on the
+    // plane.
+    const osg::BoundingBoxd box = body.GetBoundingBox();
+    m_tolerance = box.valid() ? (box._max - box._min).length() * 1e-9 : 0.0;
+}
+
+CBodySlicer::Result CBodySlicer::Slice(const osg::Vec3d& point, CSection& section, bool& sameLoops)
+{
+    section.Clear();
+    sameLoops = false;
+    const double level = point * m_normal;
+    if (m_sortedHeights.empty() || level <= m_sortedHeights.front() - m_tolerance ||
+        level >= m_sortedHeights.back() + m_tolerance)
+        return Missed;
+    if (m_haveLoops && level > m_below && level < m_above) {
+        sameLoops = true;
+        fillSection(level, section);
+        return Sliced;
+    }
+    // The vertex heights on either side of the plane.
+    const auto above = std::upper_bound(m_sortedHeights.begin(), m_sortedHeights.end(), level);
+    const double next = *above;
+    const double previous = *(above - 1);
+    if (level - previous <= m_tolerance || next - level <= m_tolerance)
+        return Degenerate;
+    if (!findLoops(level))
+        return Degenerate;
+    m_below = previous + m_tolerance;
+    m_above = next - m_tolerance;
+    fillSection(level, section);
+    return Sliced;
+}
+
+bool CBodySlicer::findLoops(double level)
+{
+    m_haveLoops = false;
+    m_loops.clear();
+    // Each crossed triangle gives one piece of the section, from the edge
+    // where its boundary goes down through the plane to the edge where it
+    // comes back up; the next piece starts where this one ends.
+    std::unordered_map<std::uint64_t, Edge> pieceFrom;
+    std::unordered_map<std::uint64_t, std::uint64_t> nextPiece;
+    for (const CBody::Triangle& t : m_body->GetTriangles()) {
+        std::uint64_t down = 0, up = 0;
+        int crossings = 0;
+        for (int k = 0; k < 3; ++k) {
+            const std::uint32_t a = t[k], b = t[(k + 1) % 3];
+            const bool aAbove = m_heights[a] > level;
+            const bool bAbove = m_heights[b] > level;
+            if (aAbove == bAbove)
+                continue;
+            ++crossings;
+            (aAbove ? down : up) = keyOf(a, b);
+            if (aAbove)
+                pieceFrom[keyOf(a, b)] = Edge(std::min(a, b), std::max(a, b));
+        }
+        if (crossings == 0)
+            continue;
+        if (crossings != 2 || !nextPiece.emplace(down, up).second)
+            return false;
+    }
+    // Chain the pieces into loops.
+    while (!nextPiece.empty()) {
+        const std::uint64_t first = nextPiece.begin()->first;
+        std::vector<Edge>& loop = m_loops.emplace_back();
+        std::uint64_t at = first;
+        do {
+            auto piece = nextPiece.find(at);
+            if (piece == nextPiece.end())
+                return false; // an open body
+            loop.push_back(pieceFrom[at]);
+            at = piece->second;
+            nextPiece.erase(piece);
+        } while (at != first);
+    }
+    m_haveLoops = true;
+    return true;
+}
+
+bool CBodySlicer::Slide(const osg::Vec3d& point, std::vector<osg::Vec3f>& points) const
+{
+    const double level = point * m_normal;
+    if (!m_haveLoops || !(level > m_below && level < m_above))
+        return false;
+    const std::vector<osg::Vec3d>& vertices = m_body->GetVertices();
+    points.clear();
+    for (const std::vector<Edge>& edges : m_loops) {
+        for (const Edge& edge : edges) {
+            const double ha = m_heights[edge.first];
+            const double t = (level - ha) / (m_heights[edge.second] - ha);
+            points.emplace_back(vertices[edge.first] + (vertices[edge.second] - vertices[edge.first]) * t);
+        }
+    }
+    return true;
+}
+
+void CBodySlicer::fillSection(double level, CSection& section) const
+{
+    const std::vector<osg::Vec3d>& vertices = m_body->GetVertices();
+    for (const std::vector<Edge>& edges : m_loops) {
+        CSection::Loop loop;
+        loop.reserve(edges.size());
+        for (const Edge& edge : edges) {
+            const double ha = m_heights[edge.first];
+            const double hb = m_heights[edge.second];
+            const double t = (level - ha) / (hb - ha);
+            loop.push_back(vertices[edge.first] + (vertices[edge.second] - vertices[edge.first]) * t);
+        }
+        section.AddLoop(std::move(loop));
+    }
+}
+
+} // namespace vpe
