@@ -1,7 +1,10 @@
 #include "KVXAnimatorManager.h"
 
+#include "KVXAnimControlCallback.h"
 #include "KVXAnimationDocumentReactor.h"
 #include "KVXAnimationNames.h"
+#include "KVXPlayAnimationBuilder.h"
+#include "KVXScheduleScene.h"
 #include "KVXTowerAnimation.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
@@ -330,25 +333,176 @@ double KVXAnimatorManager::getAnimationTimeAtDate(const QDate& date) const
     return static_cast<double>(m_allStartDate.daysTo(date)) * m_dayToSeconds;
 }
 
+// ---- conflicts ----------------------------------------------------------
+
+std::vector<KVXAnimatorManager::ConflictInfo> KVXAnimatorManager::findConflictAnimation(KVXAnimation* anim) const
+{
+    std::vector<ConflictInfo> conflicts;
+    auto it = anim ? m_animationsByObjId.find(anim->getObjId()) : m_animationsByObjId.end();
+    if (it == m_animationsByObjId.end())
+        return conflicts;
+    for (const KVXAnimation* other : it->second) {
+        if (other == anim)
+            continue;
+        const QDate& from = other->getStartDate();
+        const QDate to = lastDayOf(other);
+        const auto within = [&](const QDate& day) { return day >= from && day <= to; };
+        // Only the record's own end, never its loop end.
+        if (within(anim->getStartDate()) || within(anim->getEndDate()))
+            conflicts.push_back({anim->getNumber(), other->getNumber(), Overlapping});
+    }
+    return conflicts;
+}
+
+void KVXAnimatorManager::checkAnimations()
+{
+    PfDbDocument* document = currentDocument();
+    if (!document || !PfGsUtility::ActiveView())
+        return;
+    m_errorMap.clear();
+    for (KVXAnimation* record : m_animations) {
+        const int number = record->getNumber();
+        const QDate& start = record->getStartDate();
+        if (!document->GetItem(static_cast<PfDbHandle>(record->getObjId()))) {
+            m_errorMap[number] = {number, 0, ElementNotFound};
+        } else if (!start.isValid() || !record->getEndDate().isValid() || start >= record->getEndDate() ||
+                   (record->getLoopPlayback() && start >= record->getLoopEndDate())) {
+            m_errorMap[number] = {number, 0, InvalidDateRange};
+        } else {
+            // Of several overlaps the last in list order stays.
+            for (const ConflictInfo& conflict : findConflictAnimation(record))
+                m_errorMap[conflict.number] = conflict;
+        }
+    }
+}
+
+bool KVXAnimatorManager::isLegalTime(KVXAnimation* anim, const QDate& start, const QDate& end) const
+{
+    auto it = anim ? m_animationsByObjId.find(anim->getObjId()) : m_animationsByObjId.end();
+    if (it == m_animationsByObjId.end())
+        return true;
+    for (const KVXAnimation* other : it->second) {
+        if (other == anim)
+            continue;
+        const QDate& from = other->getStartDate();
+        const QDate to = lastDayOf(other);
+        // Only the two ends are tested: a range that encloses another passes.
+        if ((start >= from && start <= to) || (end >= from && end <= to))
+            return false;
+    }
+    return true;
+}
+
 // ---- playback --------------------------------------------------------------
+
+void KVXAnimatorManager::createPlayAnimations()
+{
+    updateAllAnimationsDateRange();
+    KVXDateAnimationClockTimer* clock = dateClock();
+    if (clock)
+        clock->Rewind();
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer || !clock)
+        return;
+    const KVXPlayAnimationBuilder builder(viewer, clock, m_allTimeLength);
+    for (const auto& entry : m_animationsByNumber) {
+        KVXAnimation* record = entry.second;
+        if (!record->getAnimation() && !record->getAnimator()) {
+            builder.Build(record);
+            record->setPlayed(false);
+        } else if (vpe::CAnimator* animator = record->getAnimator()) {
+            animator->Enable();
+        }
+    }
+}
+
+void KVXAnimatorManager::initScene() { KVXScheduleScene::HideUnbuilt(m_animations); }
+
+void KVXAnimatorManager::play()
+{
+    KVXDateAnimationClockTimer* clock = dateClock();
+    if (m_playState == 0) {
+        createPlayAnimations();
+        initScene();
+        if (clock)
+            clock->Rewind();
+        startAnimTimer(static_cast<float>(m_allTimeLength));
+    } else if (m_playState == 2) {
+        ResumeAnimTimer();
+    }
+    if (m_allTimeLength > 0.01 && clock) {
+        // After a jump to a date the clock stands frozen there: playing goes
+        // on from that date.
+        clock->SetFrozen(false);
+        clock->Pause(false);
+        m_playState = 1;
+    }
+}
+
+void KVXAnimatorManager::pause()
+{
+    if (m_playState == 1) {
+        m_playState = 2;
+        if (KVXDateAnimationClockTimer* clock = dateClock())
+            clock->Pause(true);
+        pauseAnimTimer();
+    } else if (m_playState == 2) {
+        play();
+    }
+}
 
 void KVXAnimatorManager::stop()
 {
     if (KVXDateAnimationClockTimer* clock = dateClock())
         clock->Rewind();
+    for (KVXAnimation* record : m_animations) {
+        if (record->getAnimator())
+            animationFinish(record);
+    }
     clearVPEAnimations();
+    stopAnimTimer();
     m_playState = 0;
 }
 
 void KVXAnimatorManager::stopSlot()
 {
+    if (m_isPreviewing)
+        stopPreview(false);
+    else
+        stop();
+}
+
+void KVXAnimatorManager::preview()
+{
+    m_isPreviewing = true;
+    setSignsVisible(false);
+    play();
+    emit isPreviewingSignal(true);
+}
+
+void KVXAnimatorManager::stopPreview(bool keepScene)
+{
     stop();
-    if (!m_isPreviewing)
-        return;
+    if (!keepScene)
+        resumeScene();
     m_isPreviewing = false;
     emit isPreviewingSignal(false);
     setSignsVisible(true);
 }
+
+void KVXAnimatorManager::playAnimationAtDate(const QDate& date)
+{
+    if (!PfGsUtility::CurrentViewer())
+        return;
+    createPlayAnimations();
+    if (KVXDateAnimationClockTimer* clock = dateClock())
+        clock->FreezeAtDate(date);
+    m_playState = 2;
+}
+
+void KVXAnimatorManager::animationFinish(KVXAnimation* record) { KVXScheduleScene::Finish(record); }
+
+void KVXAnimatorManager::resumeScene() { KVXScheduleScene::Restore(m_animationsByNumber); }
 
 void KVXAnimatorManager::clearVPEAnimations()
 {
@@ -376,6 +530,53 @@ void KVXAnimatorManager::startAnimators()
     }
     if (vpe::CViewer* viewer = PfGsUtility::CurrentViewer())
         viewer->SetDirty();
+}
+
+void KVXAnimatorManager::startAnimTimer(float seconds)
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    vpe::CAnimationManager* engine = viewer->GetAnimationManager();
+    const std::string name = KVXAnimationNames::kAnimControllerName;
+    engine->DestroyAnimator(name);
+    engine->DestroyAnimation(name);
+    vpe::CAnimation* animation = engine->CreateAnimation(name, seconds + 1.0);
+    animation->SetFrameCallback(nullptr, new KVXAnimControlCallback(this));
+    vpe::CAnimator* animator = engine->CreateAnimator(name, animation);
+    animator->Enable();
+    animator->Reset();
+}
+
+void KVXAnimatorManager::stopAnimTimer()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    vpe::CAnimationManager* engine = viewer->GetAnimationManager();
+    const std::string name = KVXAnimationNames::kAnimControllerName;
+    if (vpe::CAnimator* animator = engine->FindAnimator(name))
+        animator->Disable();
+    engine->DestroyAnimator(name);
+    engine->DestroyAnimation(name);
+}
+
+void KVXAnimatorManager::pauseAnimTimer()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    vpe::CAnimator* animator =
+        viewer ? viewer->GetAnimationManager()->FindAnimator(KVXAnimationNames::kAnimControllerName) : nullptr;
+    if (animator)
+        animator->Pause();
+}
+
+void KVXAnimatorManager::ResumeAnimTimer()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    vpe::CAnimator* animator =
+        viewer ? viewer->GetAnimationManager()->FindAnimator(KVXAnimationNames::kAnimControllerName) : nullptr;
+    if (animator)
+        animator->Resume();
 }
 
 void KVXAnimatorManager::setAllPathInvisable()

@@ -72,10 +72,41 @@ public:
     double getDayToSeconds() const { return m_dayToSeconds; }
     void setDayToSeconds(double seconds) { m_dayToSeconds = seconds; }
 
+    // ---- conflicts ----
+    enum ConflictKind { InvalidDateRange = 0, Overlapping = 1, ElementNotFound = 2 };
+    struct ConflictInfo {
+        int number = 0;
+        // The other record of an overlap; 0 for the other kinds.
+        int conflictNumber = 0;
+        int kind = InvalidDateRange;
+    };
+    // Rebuilds the error map (one entry per faulty record); without an
+    // active view the last map stays.
+    void checkAnimations();
+    std::map<int, ConflictInfo> getErrorMap() const { return m_errorMap; }
+    // The other records of the same element whose days contain the record's
+    // start or end day, in list order.
+    std::vector<ConflictInfo> findConflictAnimation(KVXAnimation* anim) const;
+    // Whether [start, end] may be given to the record: neither end falls in
+    // the days of another record of its element.
+    bool isLegalTime(KVXAnimation* anim, const QDate& start, const QDate& end) const;
+
+    // ---- playback: 0 stopped, 1 playing, 2 paused ----
     int getPlayState() const { return m_playState; }
     bool isPreviewing() const { return m_isPreviewing; }
-    // Rewinds the date clock and drops the engine animations of the records.
+    void play();
+    // Playing: pause; paused: play on; stopped: nothing.
+    void pause();
+    // Every record left as it ends and its engine animation dropped.
     void stop();
+    // Plays with the labels hidden, and puts the model back at the end.
+    void preview();
+    void stopPreview(bool keepScene);
+    // Shows the schedule as it stands on that day, paused there.
+    void playAnimationAtDate(const QDate& date);
+    void animationFinish(KVXAnimation* record);
+    // Clip planes, moved nodes and overlays of every record taken away.
+    void resumeScene();
     // Enables the engine animator of every record that has one.
     void startAnimators();
     // Makes the path polylines invisible outside playback.
@@ -106,6 +137,14 @@ private:
     void unindexRecord(KVXAnimation* record);
     void removeFromDocument(KVXAnimation* record);
     void clearVPEAnimations();
+    void createPlayAnimations();
+    void initScene();
+    // The controller keeps the engine's frame loop going while the schedule
+    // plays (an animation of no node on the viewer's default timer).
+    void startAnimTimer(float seconds);
+    void stopAnimTimer();
+    void pauseAnimTimer();
+    void ResumeAnimTimer();
 
     vpe::CGroupNode* getSignGroupNode();
     QString getSignsText(const KVXAnimation* record, bool includeSelf) const;
@@ -129,6 +168,7 @@ private:
 
     int m_playState = 0;
     bool m_isPreviewing = false;
+    std::map<int, ConflictInfo> m_errorMap;
 
     vpe::CRefPtr<vpe::CGroupNode> m_signGroupNode;
     std::map<qint64, vpe::CRefPtr<vpe::CVectorText2D>> m_signsByObjId;

@@ -29,9 +29,11 @@ public:
 protected:
     ~KVXFreeazbleClockTimer() override = default;
 
-    // The registry's timer of that name when it is a Timer; otherwise a new
-    // Timer on the current viewer's clock, registered under the name (a timer
-    // of another class keeps its place). Null without a current viewer.
+    // The registry's timer of that name when it is a Timer on the current
+    // viewer's clock; otherwise a new Timer on that clock, registered under
+    // the name (a timer of another class keeps its place; one of this class
+    // left on the clock of a viewer that is gone is dropped, since it would
+    // never move again). Null without a current viewer.
     template <class Timer>
     static Timer* getOrCreate(const std::string& name);
 
@@ -51,8 +53,11 @@ Timer* KVXFreeazbleClockTimer::getOrCreate(const std::string& name)
     if (!clock)
         return nullptr;
     vpe::CClockTimerManager* registry = vpe::CClockTimerManager::GetInstance();
-    if (auto* found = dynamic_cast<Timer*>(registry->Find(name)))
-        return found;
+    if (auto* found = dynamic_cast<Timer*>(registry->Find(name))) {
+        if (found->GetClock() == clock)
+            return found;
+        registry->Remove(found);
+    }
     auto* timer = new Timer(clock, name);
     registry->Add(timer);
     return timer;

@@ -110,11 +110,11 @@ void KVXKeyFrameAnimationManager::StopAnimation()
 vpe::CClockTimer* KVXKeyFrameAnimationManager::dateSourceClock() const
 {
     if (m_videoClock && !m_videoClock->IsPaused())
-        return m_videoClock;
+        return m_videoClock.get();
     if (m_cameraClock && !m_cameraClock->IsPaused()) {
         if (m_dateClock)
             m_dateClock->SetFrozen(m_cameraClock->IsFrozen());
-        return m_cameraClock;
+        return m_cameraClock.get();
     }
     return nullptr;
 }

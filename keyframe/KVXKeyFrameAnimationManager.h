@@ -1,16 +1,15 @@
 #pragma once
 
+#include "KVXCameraAnimationClockTimer.h"
+#include "KVXDateAnimationClockTimer.h"
+
+#include "host/vpe/CClockTimer.h"
+
 #include <QObject>
 #include <QPointer>
 
-class KVXCameraAnimationClockTimer;
 class KVXCameraKeyFramesTrack;
-class KVXDateAnimationClockTimer;
 class KVXDateKeyFramesTrack;
-
-namespace vpe {
-class CClockTimer;
-}
 
 // The process's controller of camera key-frame animation: the project's two
 // key-frame tracks, the clocks that play them, and the mapping that lets the
@@ -43,10 +42,10 @@ public:
 
     KVXCameraKeyFramesTrack* GetCameraKeyFramesTrack() const { return m_cameraTrack; }
     KVXDateKeyFramesTrack* GetDateKeyFramesTrack() const { return m_dateTrack; }
-    KVXCameraAnimationClockTimer* GetCameraAnimationClockTimer() const { return m_cameraClock; }
-    KVXDateAnimationClockTimer* GetDateAnimationClockTimer() const { return m_dateClock; }
+    KVXCameraAnimationClockTimer* GetCameraAnimationClockTimer() const { return m_cameraClock.get(); }
+    KVXDateAnimationClockTimer* GetDateAnimationClockTimer() const { return m_dateClock.get(); }
     // The clock of a video export; null when none is set up.
-    vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock; }
+    vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock.get(); }
     void SetVideoRecordClockTimer(vpe::CClockTimer* clock) { m_videoClock = clock; }
 
     // The key-frame timeline (with an invokable SetTimeIndicator(unsigned
@@ -69,9 +68,11 @@ private:
     KVXCameraKeyFramesTrack* m_cameraTrack = nullptr;
     KVXDateKeyFramesTrack* m_dateTrack = nullptr;
     bool m_enableDateAnimation = true;
-    KVXCameraAnimationClockTimer* m_cameraClock = nullptr;
-    KVXDateAnimationClockTimer* m_dateClock = nullptr;
-    vpe::CClockTimer* m_videoClock = nullptr;
+    // Held: a timer the registry lets go (its viewer went) must not leave
+    // these dangling.
+    vpe::CRefPtr<KVXCameraAnimationClockTimer> m_cameraClock;
+    vpe::CRefPtr<KVXDateAnimationClockTimer> m_dateClock;
+    vpe::CRefPtr<vpe::CClockTimer> m_videoClock;
     PlayState m_playState = Stopped;
 
     static QPointer<QObject> s_timeLineWidget;
