@@ -1,6 +1,7 @@
 #include "KVXRegisters.h"
 
 #include "KVXAnimation.h"
+#include "KVXScheduleVideo.h"
 #include "KVXTowerAnimation.h"
 #include "host/rx/PfEdCommandStack.h"
 #include "host/rx/PfRxClass.h"
@@ -30,8 +31,20 @@ int KVXRegisters::Load()
     KVXCameraKeyFramesTrack::RxInit();
     KVXDateKeyFramesTrack::RxInit();
     PfRxBuildClassHierarchy();
+    addCommands();
     m_loaded = true;
     return 0;
+}
+
+void KVXRegisters::addCommands()
+{
+    PfRxObject* entry = PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName);
+    PfEdCommandStack* commands = PfEdCommandStack::Cast(entry);
+    if (!commands)
+        return;
+    // A second load finds the command there already (eDuplicateKey).
+    commands->AddCommand(m_groupName, KVXScheduleVideo::kCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunCommand));
 }
 
 int KVXRegisters::Unload()

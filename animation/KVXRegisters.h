@@ -18,6 +18,9 @@ public:
     bool IsLoaded() const { return m_loaded; }
 
 private:
+    // The module's commands, in the group its unloading removes.
+    void addCommands();
+
     std::wstring m_groupName;
     std::wstring m_secondName;
     std::wstring m_version;

@@ -5,6 +5,9 @@
 #include "host/db/PfDbLoadReport.h"
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsModelView.h"
+#include "host/model/PfProgressMeter.h"
+#include "host/rx/PfEdCommandStack.h"
+#include "host/rx/PfRxDictionary.h"
 #include "host/vpe/CViewer.h"
 
 #include <QTextStream>
@@ -19,6 +22,8 @@ struct KvxHostCommandLine::Options {
     QString out;
     int width = 1280;
     int height = 720;
+    QString secondsPerDay;
+    QString poster;
     bool hasCamera = false;
     osg::Vec3d eye;
     osg::Vec3d target;
@@ -27,7 +32,36 @@ struct KvxHostCommandLine::Options {
 namespace {
 
 const char* const kUsage = "usage: kvxhost demo-site --out FILE.kvx | kvxhost render FILE.kvx --out FILE.png "
-                           "[--size WxH] [--camera ex,ey,ez,tx,ty,tz]";
+                           "[--size WxH] [--camera ex,ey,ez,tx,ty,tz] | kvxhost play FILE.kvx --out FILE.mp4 "
+                           "[--size WxH] [--seconds-per-day S] [--poster FILE.png] [--camera ex,ey,ez,tx,ty,tz]";
+
+// The animation module's command that films a document's schedule.
+const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VIDEO";
+
+// Prints how far a long job has come, a line per tenth.
+class ProgressPrinter : public PfProgressMeter::Listener {
+public:
+    explicit ProgressPrinter(QTextStream& out) : m_out(out) {}
+    void started(const QString& caption, int total) override
+    {
+        m_out << caption << ": " << total << " frames\n";
+        m_out.flush();
+    }
+    void progressed(int done, int total) override
+    {
+        const int tenth = total > 0 ? done * 10 / total : 10;
+        if (tenth == m_tenth)
+            return;
+        m_tenth = tenth;
+        m_out << "  " << done << " / " << total << '\n';
+        m_out.flush();
+    }
+    void stopped() override {}
+
+private:
+    QTextStream& m_out;
+    int m_tenth = 0;
+};
 
 bool parseSize(const QString& text, int& width, int& height)
 {
@@ -87,7 +121,8 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
     for (int i = 1; i < arguments.size(); ++i) {
         const QString& argument = arguments[i];
         const bool takesValue = argument == QLatin1String("--out") || argument == QLatin1String("--size") ||
-                                argument == QLatin1String("--camera");
+                                argument == QLatin1String("--camera") || argument == QLatin1String("--poster") ||
+                                argument == QLatin1String("--seconds-per-day");
         if (takesValue && i + 1 >= arguments.size()) {
             fail(QStringLiteral("%1 needs a value").arg(argument), 2);
             return false;
@@ -99,6 +134,10 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
                 fail(QStringLiteral("--size wants WIDTHxHEIGHT between 1 and 8192, not \"%1\"").arg(arguments[i]), 2);
                 return false;
             }
+        } else if (argument == QLatin1String("--seconds-per-day")) {
+            options.secondsPerDay = arguments[++i];
+        } else if (argument == QLatin1String("--poster")) {
+            options.poster = arguments[++i];
         } else if (argument == QLatin1String("--camera")) {
             options.hasCamera = parseCamera(arguments[++i], options.eye, options.target);
             if (!options.hasCamera) {
@@ -129,6 +168,8 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return demoSite(options);
     if (options.command == QLatin1String("render"))
         return render(options);
+    if (options.command == QLatin1String("play"))
+        return play(options);
     if (options.command.isEmpty())
         return fail(QString::fromLatin1(kUsage), 2);
     return fail(QStringLiteral("unknown command %1; %2").arg(options.command, QString::fromLatin1(kUsage)), 2);
@@ -147,15 +188,12 @@ int KvxHostCommandLine::demoSite(const Options& options)
     return 0;
 }
 
-int KvxHostCommandLine::render(const Options& options)
+PfDbDocument* KvxHostCommandLine::openAndShow(const Options& options, QString& error)
 {
-    if (options.input.isEmpty() || options.out.isEmpty())
-        return fail(QStringLiteral("render wants a document and --out FILE.png"), 2);
-    QString error;
     PfDbLoadReport report;
     PfDbDocument* document = PfDocManagerPtr()->OpenDocument(options.input, &report, &error);
     if (!document)
-        return fail(error);
+        return nullptr;
     for (const QString& note : report.Messages())
         m_err << "kvxhost: note: " << note << '\n';
     PfGsModelView* view = PfGsModelView::Attach(document);
@@ -168,13 +206,58 @@ int KvxHostCommandLine::render(const Options& options)
     camera->SetLookAt(eye, target);
     camera->SetAspectRatio(float(options.width) / float(options.height));
     viewer->SetCamera(*camera);
+    return document;
+}
+
+int KvxHostCommandLine::render(const Options& options)
+{
+    if (options.input.isEmpty() || options.out.isEmpty())
+        return fail(QStringLiteral("render wants a document and --out FILE.png"), 2);
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
     QImage picture;
-    if (!viewer->RenderFrame(picture, &error))
+    if (!document->GetActiveView()->GetViewer()->RenderFrame(picture, &error))
         return fail(error);
     if (!picture.save(options.out, "PNG"))
         return fail(QStringLiteral("cannot write %1").arg(options.out));
     m_out << "rendered " << options.input << " to " << options.out << " (" << options.width << 'x' << options.height
           << ")\n";
     PfDocManagerPtr()->CloseDocument(document);
+    return 0;
+}
+
+int KvxHostCommandLine::play(const Options& options)
+{
+    if (options.input.isEmpty() || options.out.isEmpty())
+        return fail(QStringLiteral("play wants a document and --out FILE.mp4"), 2);
+    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
+    if (!commands || !commands->HasGroup(L"KVXElement"))
+        return fail(QStringLiteral("the animation module is not installed: no schedule can be played"));
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    QStringList words{QStringLiteral("out=%1").arg(options.out),
+                      QStringLiteral("size=%1x%2").arg(options.width).arg(options.height)};
+    if (!options.secondsPerDay.isEmpty())
+        words << QStringLiteral("seconds-per-day=%1").arg(options.secondsPerDay);
+    if (!options.poster.isEmpty())
+        words << QStringLiteral("poster=%1").arg(options.poster);
+    ProgressPrinter printer(m_out);
+    PfProgressMeter::Listener* previous = PfProgressMeter::InstallListener(&printer);
+    const Pfad::Error result = commands->RunCommand(kScheduleVideoCommand, words, &error);
+    PfProgressMeter::InstallListener(previous);
+    PfDocManagerPtr()->CloseDocument(document);
+    if (result == Pfad::eKeyNotFound)
+        return fail(QStringLiteral("the animation module cannot film schedules"));
+    if (result != Pfad::eOk)
+        return fail(error);
+    m_out << "wrote the schedule of " << options.input << " to " << options.out << " (" << options.width << 'x'
+          << options.height << ", 24 frames a second)";
+    if (!options.poster.isEmpty())
+        m_out << " and its poster to " << options.poster;
+    m_out << '\n';
     return 0;
 }

@@ -2,11 +2,16 @@
 
 #include <QStringList>
 
+class PfDbDocument;
+class QString;
 class QTextStream;
 
 // The kvxhost command line:
 //   kvxhost demo-site --out FILE.kvx
 //   kvxhost render FILE.kvx --out FILE.png [--size WxH] [--camera ex,ey,ez,tx,ty,tz]
+//   kvxhost play FILE.kvx --out FILE.mp4 [--size WxH] [--seconds-per-day S] [--poster FILE.png]
+//                [--camera ex,ey,ez,tx,ty,tz]
+// play films the document's schedule through the animation module.
 // Any fault (an unknown command or option, a missing or damaged file, an
 // unwritable output) is one line on the error stream and a non-zero result.
 class KvxHostCommandLine {
@@ -22,6 +27,10 @@ private:
     bool parse(const QStringList& arguments, Options& options);
     int demoSite(const Options& options);
     int render(const Options& options);
+    int play(const Options& options);
+    // Opens the document, shows it at the size and puts the camera where the
+    // options say (or on a three-quarter view of the whole model).
+    PfDbDocument* openAndShow(const Options& options, QString& error);
     int fail(const QString& message, int code = 1);
 
     QTextStream& m_out;

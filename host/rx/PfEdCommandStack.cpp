@@ -6,6 +6,16 @@ PFRX_DEFINE_HOST_MEMBERS(PfEdCommandStack, PfRxObject, nullptr)
 
 Pfad::Error PfEdCommandStack::AddCommand(const std::wstring& group, const std::wstring& name, Command command)
 {
+    if (!command)
+        return Pfad::eInvalidInput;
+    return AddCommand(group, name, [command](const QStringList&, QString*) {
+        command();
+        return Pfad::eOk;
+    });
+}
+
+Pfad::Error PfEdCommandStack::AddCommand(const std::wstring& group, const std::wstring& name, ArgumentCommand command)
+{
     if (group.empty() || name.empty() || !command || group.find(L'.') != std::wstring::npos)
         return Pfad::eInvalidInput;
     auto& commands = m_groups[group];
@@ -35,6 +45,12 @@ std::vector<std::wstring> PfEdCommandStack::CommandNames(const std::wstring& gro
 
 Pfad::Error PfEdCommandStack::RunCommand(const std::wstring& fullName) const
 {
+    return RunCommand(fullName, {}, nullptr);
+}
+
+Pfad::Error PfEdCommandStack::RunCommand(const std::wstring& fullName, const QStringList& arguments,
+                                         QString* message) const
+{
     const std::size_t dot = fullName.find(L'.');
     if (dot == std::wstring::npos)
         return Pfad::eKeyNotFound;
@@ -45,7 +61,6 @@ Pfad::Error PfEdCommandStack::RunCommand(const std::wstring& fullName) const
     if (command == group->second.end())
         return Pfad::eKeyNotFound;
     // A copy: the command may remove its own group while it runs.
-    Command run = command->second;
-    run();
-    return Pfad::eOk;
+    const ArgumentCommand run = command->second;
+    return run(arguments, message);
 }

@@ -32,7 +32,25 @@ TEST(CommandStack, refusesDuplicatesAndMalformedNames)
     EXPECT_EQ(stack.AddCommand(L"Site", L"Play", [] {}), Pfad::eDuplicateKey);
     EXPECT_EQ(stack.AddCommand(L"A.B", L"Play", [] {}), Pfad::eInvalidInput);
     EXPECT_EQ(stack.AddCommand(L"Site", L"", [] {}), Pfad::eInvalidInput);
-    EXPECT_EQ(stack.AddCommand(L"Site", L"Empty", nullptr), Pfad::eInvalidInput);
+    EXPECT_EQ(stack.AddCommand(L"Site", L"Empty", PfEdCommandStack::Command()), Pfad::eInvalidInput);
+    EXPECT_EQ(stack.AddCommand(L"Site", L"Empty", PfEdCommandStack::ArgumentCommand()), Pfad::eInvalidInput);
+}
+
+TEST(CommandStack, argumentsGoInAndTheAnswerComesBack)
+{
+    PfEdCommandStack stack;
+    QStringList seen;
+    stack.AddCommand(L"Site", L"Export", PfEdCommandStack::ArgumentCommand([&](const QStringList& words, QString* why) {
+                         seen = words;
+                         if (why)
+                             *why = QStringLiteral("no view");
+                         return Pfad::eInvalidInput;
+                     }));
+    QString message;
+    EXPECT_EQ(stack.RunCommand(L"Site.Export", {"out=a.mp4", "size=64x48"}, &message), Pfad::eInvalidInput);
+    EXPECT_EQ(seen, QStringList({"out=a.mp4", "size=64x48"}));
+    EXPECT_EQ(message, "no view");
+    EXPECT_EQ(stack.RunCommand(L"Site.Export"), Pfad::eInvalidInput) << "no words, no message wanted";
 }
 
 TEST(CommandStack, removingAGroupRemovesOnlyItsCommands)

@@ -1,0 +1,17 @@
+#pragma once
+
+class PfDbDocument;
+
+// The demo site's construction schedule, for the current document after the
+// demo site was built into it and a view attached (records take their
+// elements' elevations from the view): the old 3号楼 demolished storey by
+// storey from the top, 1号楼 and 2号楼 built floor by floor, the basement slab
+// laid in layers, the truck driving the site road, the gate swinging, the
+// hazard zone flashing while the demolition runs, and the tower crane
+// erected, climbing twice, slewing and dismantled at the end. It starts on
+// 3 March 2025 and runs 58 days.
+class KVXDemoSchedule {
+public:
+    // False when the document lacks an element the schedule needs.
+    static bool Add(PfDbDocument* document);
+};
