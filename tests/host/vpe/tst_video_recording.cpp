@@ -4,24 +4,14 @@
 #include "host/vpe/CViewer.h"
 
 #include "tests/support/QtPrinters.h"
+#include "tests/support/VideoProbe.h"
 
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-QString probe(const QString& path)
-{
-    QProcess ffprobe;
-    ffprobe.start(QStringLiteral("ffprobe"),
-                  {"-v", "error", "-count_frames", "-select_streams", "v:0", "-show_entries",
-                   "stream=codec_name,width,height,r_frame_rate,nb_read_frames", "-of", "default=nw=1", path});
-    ffprobe.waitForFinished(60000);
-    return QString::fromUtf8(ffprobe.readAllStandardOutput());
-}
 
 class VideoRecording : public ::testing::Test {
 protected:
@@ -72,7 +62,7 @@ TEST_F(VideoRecording, everyFrameDrawnWhileRecordingIsInTheVideo)
 
     EXPECT_NEAR(recorder->GetEndTime(), 2.0, 1e-9);
     EXPECT_EQ(viewer->GetActiveViewportWidth(), 800);
-    const QString streams = probe(path("fly.mp4"));
+    const QString streams = probeVideo(path("fly.mp4"));
     EXPECT_TRUE(streams.contains(QLatin1String("codec_name=h264"))) << streams;
     EXPECT_TRUE(streams.contains(QLatin1String("width=320"))) << streams;
     EXPECT_TRUE(streams.contains(QLatin1String("height=240"))) << streams;
