@@ -18,6 +18,7 @@
 #include "host/vpe/CViewer.h"
 #include "host/vpe/CVisualNode.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
+#include "keyframe/KVXKeyFrameAnimationManager.h"
 
 #include <osg/ComputeBoundsVisitor>
 
@@ -37,9 +38,14 @@ constexpr float kSignSize = 15.0f;
 
 PfDbDocument* currentDocument() { return PfDocManagerPtr()->CurrentDocument(); }
 
+// The shared date clock; it moves the date timeline, when there is one.
 KVXDateAnimationClockTimer* dateClock()
 {
-    return KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
+    KVXDateAnimationClockTimer* clock =
+        KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
+    if (clock && !clock->GetDateTimeLineWidget())
+        clock->SetDateTimeLineWidget(KVXKeyFrameAnimationManager::GetDateLineWidget());
+    return clock;
 }
 
 // The end of a record's days, its loop included.
