@@ -3,6 +3,7 @@
 #include "KVXAnimControlCallback.h"
 #include "KVXAnimationDocumentReactor.h"
 #include "KVXAnimationNames.h"
+#include "KVXAnimationSigns.h"
 #include "KVXPlayAnimationBuilder.h"
 #include "KVXScheduleScene.h"
 #include "KVXTowerAnimation.h"
@@ -14,13 +15,9 @@
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfGsUtility.h"
 #include "host/rx/PfRxClass.h"
-#include "host/vpe/CVectorText2D.h"
 #include "host/vpe/CViewer.h"
-#include "host/vpe/CVisualNode.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 #include "keyframe/KVXKeyFrameAnimationManager.h"
-
-#include <osg/ComputeBoundsVisitor>
 
 #include <algorithm>
 #include <unordered_set>
@@ -31,10 +28,6 @@ KVXAnimatorManager* KVXAnimatorManager::m_instance = nullptr;
 int KVXAnimatorManager::m_newNumber = 0;
 
 namespace {
-
-// Labels float this far (model units) over the top of their element.
-constexpr double kSignHeightOverElement = 10.0;
-constexpr float kSignSize = 15.0f;
 
 PfDbDocument* currentDocument() { return PfDocManagerPtr()->CurrentDocument(); }
 
@@ -59,7 +52,8 @@ QDate lastDayOf(const KVXAnimation* record)
 } // namespace
 
 KVXAnimatorManager::KVXAnimatorManager()
-    : m_documentReactor(std::make_unique<KVXAnimationDocumentReactor>(this))
+    : m_signs(std::make_unique<KVXAnimationSigns>(*this)),
+      m_documentReactor(std::make_unique<KVXAnimationDocumentReactor>(this))
 {
 }
 
@@ -176,7 +170,7 @@ bool KVXAnimatorManager::deleteAnimationByObjId(qint64 objId)
         return false;
     const std::vector<KVXAnimation*> records = it->second;
     // All of the element's records go, so its label goes with them.
-    removeSign(objId);
+    m_signs->Remove(objId);
     const std::unordered_set<const KVXAnimation*> doomed(records.begin(), records.end());
     m_animations.erase(std::remove_if(m_animations.begin(), m_animations.end(),
                                       [&doomed](const KVXAnimation* record) { return doomed.count(record) > 0; }),
@@ -256,7 +250,7 @@ void KVXAnimatorManager::readAnimationData()
 
 void KVXAnimatorManager::followDocument(PfDbDocument* document)
 {
-    dropSigns();
+    m_signs->Drop();
     clearAnimations();
     attachDatabase(document ? document->GetDatabase() : nullptr);
     if (document) {
@@ -567,21 +561,26 @@ void KVXAnimatorManager::stopAnimTimer()
     engine->DestroyAnimation(name);
 }
 
-void KVXAnimatorManager::pauseAnimTimer()
+namespace {
+
+// The schedule's engine controller in the current viewer; null without one.
+vpe::CAnimator* controllerAnimator()
 {
     vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    vpe::CAnimator* animator =
-        viewer ? viewer->GetAnimationManager()->FindAnimator(KVXAnimationNames::kAnimControllerName) : nullptr;
-    if (animator)
+    return viewer ? viewer->GetAnimationManager()->FindAnimator(KVXAnimationNames::kAnimControllerName) : nullptr;
+}
+
+} // namespace
+
+void KVXAnimatorManager::pauseAnimTimer()
+{
+    if (vpe::CAnimator* animator = controllerAnimator())
         animator->Pause();
 }
 
 void KVXAnimatorManager::ResumeAnimTimer()
 {
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    vpe::CAnimator* animator =
-        viewer ? viewer->GetAnimationManager()->FindAnimator(KVXAnimationNames::kAnimControllerName) : nullptr;
-    if (animator)
+    if (vpe::CAnimator* animator = controllerAnimator())
         animator->Resume();
 }
 
@@ -598,132 +597,19 @@ void KVXAnimatorManager::setAllPathInvisable()
 
 // ---- signs -----------------------------------------------------------------
 
-vpe::CGroupNode* KVXAnimatorManager::getSignGroupNode()
-{
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    if (!viewer)
-        return m_signGroupNode.get();
-    vpe::CGroupNode* root = viewer->GetScene()->GetRootNode();
-    if (!m_signGroupNode) {
-        m_signGroupNode = new vpe::CGroupNode;
-        m_signGroupNode->setName("kvx_animation_signs");
-    }
-    if (!root->containsNode(m_signGroupNode.get())) {
-        // The view was replaced: the labels follow to the new one.
-        while (m_signGroupNode->getNumParents() > 0)
-            m_signGroupNode->getParent(0)->removeChild(m_signGroupNode.get());
-        root->addChild(m_signGroupNode.get());
-    }
-    return m_signGroupNode.get();
-}
+void KVXAnimatorManager::setSignsVisible(bool visible) { m_signs->SetVisible(visible); }
 
-void KVXAnimatorManager::setSignsVisible(bool visible)
-{
-    if (m_signGroupNode)
-        m_signGroupNode->setNodeMask(visible ? ~0u : 0u);
-}
+vpe::CVectorText2D* KVXAnimatorManager::findSign(qint64 objId) const { return m_signs->Find(objId); }
+
+vpe::CGroupNode* KVXAnimatorManager::signGroupNode() const { return m_signs->GroupNode(); }
 
 QString KVXAnimatorManager::getSignsText(const KVXAnimation* record, bool includeSelf) const
 {
-    QString text;
-    auto it = m_animationsByObjId.find(record->getObjId());
-    if (it == m_animationsByObjId.end())
-        return text;
-    for (const KVXAnimation* other : it->second) {
-        if (!includeSelf && other->getNumber() == record->getNumber())
-            continue;
-        text += QLatin1Char('[') + QString::number(other->getNumber()) + QLatin1Char(']');
-    }
-    return text;
+    return m_signs->Text(record, includeSelf);
 }
 
-vpe::CVectorText2D* KVXAnimatorManager::findSign(qint64 objId) const
-{
-    auto it = m_signsByObjId.find(objId);
-    return it == m_signsByObjId.end() ? nullptr : it->second.get();
-}
+void KVXAnimatorManager::addSignToScence(int number) { m_signs->Add(number); }
 
-void KVXAnimatorManager::addSignToScence(int number)
-{
-    KVXAnimation* record = findKVXAnimation(number);
-    vpe::CGroupNode* group = record ? getSignGroupNode() : nullptr;
-    vpe::CSceneNode* node = record ? record->getNode() : nullptr;
-    if (!group || !node)
-        return;
-    osg::ComputeBoundsVisitor bounds;
-    node->accept(bounds);
-    const osg::BoundingBox& box = bounds.getBoundingBox();
-    if (!box.valid())
-        return;
-    const QString text = getSignsText(record, true);
-    if (vpe::CVectorText2D* sign = findSign(record->getObjId())) {
-        sign->SetText(text);
-        return;
-    }
-    vpe::CRefPtr<vpe::CVectorText2D> sign = new vpe::CVectorText2D;
-    sign->SetPosition(osg::Vec3d(box.center().x(), box.center().y(), box.zMax() + kSignHeightOverElement));
-    sign->SetText(text);
-    sign->SetSizeInPixels(kSignSize);
-    sign->SetColor(Qt::white);
-    sign->SetAlignmentScheme(vpe::CVectorText2D::CenterBaseLine);
-    // In a visual node of its own, where the label scaling of anti-aliased
-    // renders finds it.
-    vpe::CRefPtr<vpe::CVisualNode> holder = new vpe::CVisualNode;
-    holder->addDrawable(sign.get());
-    group->addChild(holder.get());
-    m_signsByObjId.emplace(record->getObjId(), sign);
-}
+void KVXAnimatorManager::deleteSign(int number) { m_signs->Delete(number); }
 
-void KVXAnimatorManager::deleteSign(int number)
-{
-    KVXAnimation* record = findKVXAnimation(number);
-    vpe::CVectorText2D* sign = record ? findSign(record->getObjId()) : nullptr;
-    if (!sign || !m_signGroupNode)
-        return;
-    const QString text = getSignsText(record, false);
-    if (text.isEmpty())
-        removeSign(record->getObjId());
-    else
-        sign->SetText(text);
-    if (vpe::CViewer* viewer = PfGsUtility::CurrentViewer())
-        viewer->SetDirty();
-}
-
-void KVXAnimatorManager::removeSign(qint64 objId)
-{
-    auto it = m_signsByObjId.find(objId);
-    if (it == m_signsByObjId.end())
-        return;
-    const vpe::CRefPtr<vpe::CVectorText2D> sign = it->second;
-    m_signsByObjId.erase(it);
-    while (sign->getNumParents() > 0) {
-        osg::Node* holder = sign->getParent(0);
-        holder->asGeode()->removeDrawable(sign.get());
-        if (m_signGroupNode)
-            m_signGroupNode->removeChild(holder);
-    }
-}
-
-void KVXAnimatorManager::dropSigns()
-{
-    if (m_signGroupNode) {
-        while (m_signGroupNode->getNumParents() > 0)
-            m_signGroupNode->getParent(0)->removeChild(m_signGroupNode.get());
-    }
-    m_signGroupNode = nullptr;
-    m_signsByObjId.clear();
-}
-
-void KVXAnimatorManager::resetSigns()
-{
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    if (!currentDocument() || !viewer)
-        return;
-    // A fresh group: the old one leaves the scene with every label in it.
-    dropSigns();
-    for (const KVXAnimation* record : m_animations) {
-        if (!findSign(record->getObjId()))
-            addSignToScence(record->getNumber());
-    }
-    viewer->SetDirty();
-}
+void KVXAnimatorManager::resetSigns() { m_signs->Reset(); }

@@ -17,6 +17,7 @@
 class PfDbDatabase;
 class PfDbDocument;
 class KVXAnimationDocumentReactor;
+class KVXAnimationSigns;
 
 namespace vpe {
 class CVectorText2D;
@@ -117,7 +118,7 @@ public:
     // The element's label; null when it has none.
     vpe::CVectorText2D* findSign(qint64 objId) const;
     // The group of the labels; null until a viewer showed one.
-    vpe::CGroupNode* signGroupNode() const { return m_signGroupNode.get(); }
+    vpe::CGroupNode* signGroupNode() const;
     void setSignsVisible(bool visible);
 
 signals:
@@ -146,12 +147,9 @@ private:
     void pauseAnimTimer();
     void ResumeAnimTimer();
 
-    vpe::CGroupNode* getSignGroupNode();
     QString getSignsText(const KVXAnimation* record, bool includeSelf) const;
     void addSignToScence(int number);
     void deleteSign(int number);
-    void removeSign(qint64 objId);
-    void dropSigns();
     void attachDatabase(PfDbDatabase* database);
 
     static KVXAnimatorManager* m_instance;
@@ -170,8 +168,7 @@ private:
     bool m_isPreviewing = false;
     std::map<int, ConflictInfo> m_errorMap;
 
-    vpe::CRefPtr<vpe::CGroupNode> m_signGroupNode;
-    std::map<qint64, vpe::CRefPtr<vpe::CVectorText2D>> m_signsByObjId;
+    std::unique_ptr<KVXAnimationSigns> m_signs;
     PfDbDatabase* m_database = nullptr;
     std::unique_ptr<KVXAnimationDocumentReactor> m_documentReactor;
 };
