@@ -8,6 +8,7 @@
 #include "host/vpe/CStateSet.h"
 #include "host/vpe/GBodyBuilder.h"
 
+#include <algorithm>
 #include <cstring>
 #include <unordered_map>
 
@@ -69,6 +70,12 @@ void clipSegments(std::vector<osg::Vec3f>& vertices, const KVXAnimPlane& bound)
     vertices.swap(kept);
 }
 
+// How far from the line through its neighbours (relative to their distance)
+// a point of a section loop may lie and still be dropped as a point on a
+// straight run: the cut across a face divided into many triangles crosses
+// each of them on one line.
+constexpr double kStraightness = 1e-9;
+
 struct Vec3fHash {
     std::size_t operator()(const osg::Vec3f& v) const
     {
@@ -90,6 +97,33 @@ void KVXCapGeometry::Clear()
     m_faces = nullptr;
     m_edges = nullptr;
     m_movable = false;
+    m_usedPoints.clear();
+}
+
+vpe::CSection KVXCapGeometry::straightened(const vpe::CSection& section)
+{
+    vpe::CSection straight;
+    for (const vpe::CSection::Loop& loop : section.GetLoops()) {
+        const std::size_t n = loop.size();
+        if (n <= 3) {
+            straight.AddLoop(loop);
+            continue;
+        }
+        vpe::CSection::Loop kept;
+        for (std::size_t i = 0; i < n; ++i) {
+            const osg::Vec3d& before = loop[(i + n - 1) % n];
+            const osg::Vec3d& here = loop[i];
+            const osg::Vec3d& after = loop[(i + 1) % n];
+            const osg::Vec3d across = after - before;
+            // Off the line from its neighbours, or doubling back: a corner.
+            const double off = ((here - before) ^ across).length();
+            const bool between = (here - before) * across > 0.0 && (after - here) * across > 0.0;
+            if (!between || off > kStraightness * across.length2())
+                kept.push_back(here);
+        }
+        straight.AddLoop(kept.size() >= 3 ? kept : loop);
+    }
+    return straight;
 }
 
 std::vector<osg::Vec3f> KVXCapGeometry::pointsOf(const vpe::CSection& section)
@@ -121,11 +155,11 @@ bool KVXCapGeometry::traceBack(const std::vector<osg::Vec3f>& vertices, const st
 }
 
 void KVXCapGeometry::Make(const KVXElementObject& element, const vpe::CSection& section, const vpe::CPlane& plane,
-                          const std::vector<KVXAnimPlane>& bounds, vpe::CStateSet* faceState,
+                          const std::vector<KVXAnimPlane>& bounds, bool movable, vpe::CStateSet* faceState,
                           vpe::CStateSet* edgeState)
 {
     Clear();
-    const vpe::CRefPtr<vpe::CBody> shell = vpe::GBodyBuilder::CreateShell(section, plane, true, false);
+    const vpe::CRefPtr<vpe::CBody> shell = vpe::GBodyBuilder::CreateShell(straightened(section), plane, true, false);
     if (!shell)
         return;
     std::vector<osg::Vec3f> vertices;
@@ -151,14 +185,32 @@ void KVXCapGeometry::Make(const KVXElementObject& element, const vpe::CSection& 
     }
     // A clipped cap has points of its own: it is made again each time.
     const std::vector<osg::Vec3f> points = pointsOf(section);
-    m_movable = bounds.empty() && traceBack(vertices, points, m_faceSources) &&
+    m_movable = movable && bounds.empty() && traceBack(vertices, points, m_faceSources) &&
                 traceBack(edges, points, m_edgeSources);
-    m_pointCount = points.size();
+    if (m_movable)
+        keepUsedPoints();
+}
+
+void KVXCapGeometry::keepUsedPoints()
+{
+    // The sources become places in the list of used points.
+    std::vector<std::uint32_t> used(m_faceSources);
+    used.insert(used.end(), m_edgeSources.begin(), m_edgeSources.end());
+    std::sort(used.begin(), used.end());
+    used.erase(std::unique(used.begin(), used.end()), used.end());
+    const auto placeOf = [&used](std::uint32_t source) {
+        return static_cast<std::uint32_t>(std::lower_bound(used.begin(), used.end(), source) - used.begin());
+    };
+    for (std::uint32_t& source : m_faceSources)
+        source = placeOf(source);
+    for (std::uint32_t& source : m_edgeSources)
+        source = placeOf(source);
+    m_usedPoints = std::move(used);
 }
 
 bool KVXCapGeometry::Move(const std::vector<osg::Vec3f>& points)
 {
-    if (!m_movable || !m_faces || points.size() != m_pointCount)
+    if (!m_movable || !m_faces || points.size() != m_usedPoints.size())
         return false;
     moveArray(m_faces.get(), m_faceSources, points);
     if (m_edges)

@@ -11,10 +11,11 @@
 
 class KVXElementObject;
 
+#include "host/vpe/CSection.h"
+
 namespace vpe {
 class CPlane;
 class CPrimitiveRenderable;
-class CSection;
 class CStateSet;
 } // namespace vpe
 
@@ -27,12 +28,17 @@ public:
     ~KVXCapGeometry();
 
     // Covers the section (tessellated by the element), keeps the part inside
-    // the bounds and makes the renderables; none when nothing is left.
+    // the bounds and makes the renderables; none when nothing is left. A
+    // movable cap (one not clipped to bounds) can follow later sections
+    // through the same edges.
     void Make(const KVXElementObject& element, const vpe::CSection& section, const vpe::CPlane& plane,
-              const std::vector<KVXAnimPlane>& bounds, vpe::CStateSet* faceState, vpe::CStateSet* edgeState);
-    // Moves the cap onto the points of a section with the same loops (one
-    // loop after the other); false when this cap cannot follow (it was
-    // clipped to bounds, or the points do not match its section).
+              const std::vector<KVXAnimPlane>& bounds, bool movable, vpe::CStateSet* faceState,
+              vpe::CStateSet* edgeState);
+    // The points of its section (counted one loop after the other) the cap's
+    // vertices stand on; empty when it cannot move.
+    const std::vector<std::uint32_t>& UsedPoints() const { return m_usedPoints; }
+    // Moves the cap onto new positions of its used points, in their order;
+    // false when it cannot.
     bool Move(const std::vector<osg::Vec3f>& points);
     void Clear();
 
@@ -40,10 +46,14 @@ public:
     vpe::CPrimitiveRenderable* Edges() const { return m_edges.get(); }
 
 private:
+    // The section without the points where its loops run straight on: fewer
+    // triangles to cover and fewer edges to draw, the same face.
+    static vpe::CSection straightened(const vpe::CSection& section);
     static std::vector<osg::Vec3f> pointsOf(const vpe::CSection& section);
     // Where each vertex is among the points; false when one is not.
     static bool traceBack(const std::vector<osg::Vec3f>& vertices, const std::vector<osg::Vec3f>& points,
                           std::vector<std::uint32_t>& sources);
+    void keepUsedPoints();
     static void moveArray(vpe::CPrimitiveRenderable* renderable, const std::vector<std::uint32_t>& sources,
                           const std::vector<osg::Vec3f>& points);
 
@@ -51,6 +61,6 @@ private:
     vpe::CRefPtr<vpe::CPrimitiveRenderable> m_edges;
     std::vector<std::uint32_t> m_faceSources;
     std::vector<std::uint32_t> m_edgeSources;
-    std::size_t m_pointCount = 0;
+    std::vector<std::uint32_t> m_usedPoints;
     bool m_movable = false;
 };

@@ -105,17 +105,21 @@ void KVXCutCap::build(const PfDbElement& element, const vpe::CBody& body, const 
     if (!m_slicer || m_slicer->GetNormal() != cut.GetNormal())
         m_slicer = new vpe::CBodySlicer(body, cut.GetNormal());
     // Most frames only slide the plane between two vertex levels.
-    if (m_bounds.empty() && m_slicer->Slide(plane.point, m_points) && m_geometry.Move(m_points)) {
+    if (!m_geometry.UsedPoints().empty() && m_slicer->Slide(plane.point, m_geometry.UsedPoints(), m_points) &&
+        m_geometry.Move(m_points)) {
         ++m_moves;
         return;
     }
     vpe::CSection section;
     bool sameLoops = false;
+    // Only a cap made from the slicer's own loops can follow them.
+    bool movable = false;
     switch (m_slicer->Slice(plane.point, section, sameLoops)) {
     case vpe::CBodySlicer::Missed:
         m_geometry.Clear();
         return;
     case vpe::CBodySlicer::Sliced:
+        movable = true;
         break;
     case vpe::CBodySlicer::Degenerate: {
         // Through a vertex: the general split knows what to do. Only the
@@ -131,7 +135,7 @@ void KVXCutCap::build(const PfDbElement& element, const vpe::CBody& body, const 
     }
     }
     ++m_builds;
-    m_geometry.Make(*drawn, section, cut, m_bounds, m_faceState.get(), m_edgeState.get());
+    m_geometry.Make(*drawn, section, cut, m_bounds, movable, m_faceState.get(), m_edgeState.get());
 }
 
 void KVXCutCap::makeStateSets(const PfDbElement& element, const QColor& colour)

@@ -97,23 +97,28 @@ bool CBodySlicer::findLoops(double level)
             nextPiece.erase(piece);
         } while (at != first);
     }
+    m_flatEdges.clear();
+    for (const std::vector<Edge>& loop : m_loops)
+        m_flatEdges.insert(m_flatEdges.end(), loop.begin(), loop.end());
     m_haveLoops = true;
     return true;
 }
 
-bool CBodySlicer::Slide(const osg::Vec3d& point, std::vector<osg::Vec3f>& points) const
+bool CBodySlicer::Slide(const osg::Vec3d& point, const std::vector<std::uint32_t>& which,
+                        std::vector<osg::Vec3f>& points) const
 {
     const double level = point * m_normal;
     if (!m_haveLoops || !(level > m_below && level < m_above))
         return false;
     const std::vector<osg::Vec3d>& vertices = m_body->GetVertices();
     points.clear();
-    for (const std::vector<Edge>& edges : m_loops) {
-        for (const Edge& edge : edges) {
-            const double ha = m_heights[edge.first];
-            const double t = (level - ha) / (m_heights[edge.second] - ha);
-            points.emplace_back(vertices[edge.first] + (vertices[edge.second] - vertices[edge.first]) * t);
-        }
+    for (std::uint32_t index : which) {
+        if (index >= m_flatEdges.size())
+            return false;
+        const Edge& edge = m_flatEdges[index];
+        const double ha = m_heights[edge.first];
+        const double t = (level - ha) / (m_heights[edge.second] - ha);
+        points.emplace_back(vertices[edge.first] + (vertices[edge.second] - vertices[edge.first]) * t);
     }
     return true;
 }

@@ -42,10 +42,12 @@ public:
     // The section by the plane through the point. sameLoops: the loops run
     // through the same edges as the last section given, point for point.
     Result Slice(const osg::Vec3d& point, CSection& section, bool& sameLoops);
-    // Only for a plane that keeps the last section's loops: their points,
-    // one loop after the other, into points (its old content replaced).
-    // False, with nothing done, for any other plane.
-    bool Slide(const osg::Vec3d& point, std::vector<osg::Vec3f>& points) const;
+    // Only for a plane that keeps the last section's loops: the points with
+    // those indices (counted one loop after the other), in that order, into
+    // points (its old content replaced). False, with nothing done, for any
+    // other plane or an index past the last point.
+    bool Slide(const osg::Vec3d& point, const std::vector<std::uint32_t>& which,
+               std::vector<osg::Vec3f>& points) const;
 
 protected:
     ~CBodySlicer() override = default;
@@ -65,6 +67,8 @@ private:
     // The loops of the last section, as the edges their points lie on, and
     // the heights between which they stay the same.
     std::vector<std::vector<Edge>> m_loops;
+    // The same edges, one loop after the other.
+    std::vector<Edge> m_flatEdges;
     double m_below = 0.0;
     double m_above = 0.0;
     bool m_haveLoops = false;

@@ -76,15 +76,31 @@ TEST(BodySlicer, slidesBetweenVertexLevelsAndStopsAtThem)
     std::size_t count = 0;
     for (const vpe::CSection::Loop& loop : section.GetLoops())
         count += loop.size();
+    std::vector<std::uint32_t> all(count);
+    for (std::uint32_t i = 0; i < count; ++i)
+        all[i] = i;
     std::vector<osg::Vec3f> points;
-    ASSERT_TRUE(slicer->Slide({0, 0, 150}, points));
-    ASSERT_EQ(points.size(), count) << "the same points, one loop after the other";
+    ASSERT_TRUE(slicer->Slide({0, 0, 150}, all, points));
+    ASSERT_EQ(points.size(), count);
     for (const osg::Vec3f& p : points)
         EXPECT_FLOAT_EQ(p.z(), 150.0f);
+    // Back where the section was taken: its points, one loop after the other.
+    ASSERT_TRUE(slicer->Slide({0, 0, 50}, all, points));
+    std::size_t i = 0;
+    for (const vpe::CSection::Loop& loop : section.GetLoops()) {
+        for (const osg::Vec3d& p : loop) {
+            EXPECT_LT((osg::Vec3d(points[i]) - p).length(), 1e-3) << i;
+            ++i;
+        }
+    }
+    ASSERT_TRUE(slicer->Slide({0, 0, 150}, {3, 0}, points));
+    ASSERT_EQ(points.size(), 2u);
+    EXPECT_FLOAT_EQ(points[1].x(), float(section.GetLoops()[0][0].x())) << "in the order asked";
+    EXPECT_FALSE(slicer->Slide({0, 0, 150}, {std::uint32_t(count)}, points)) << "past the last point";
     ASSERT_EQ(slicer->Slice({0, 0, 120}, section, same), vpe::CBodySlicer::Sliced);
     EXPECT_TRUE(same);
 
-    EXPECT_FALSE(slicer->Slide({0, 0, 200}, points)) << "the top face is a vertex level";
+    EXPECT_FALSE(slicer->Slide({0, 0, 200}, all, points)) << "the top face is a vertex level";
     EXPECT_EQ(slicer->Slice({0, 0, 200}, section, same), vpe::CBodySlicer::Degenerate);
     EXPECT_EQ(slicer->Slice({0, 0, 250}, section, same), vpe::CBodySlicer::Missed);
     EXPECT_EQ(slicer->Slice({0, 0, -1}, section, same), vpe::CBodySlicer::Missed);
