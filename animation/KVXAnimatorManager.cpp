@@ -603,11 +603,6 @@ vpe::CVectorText2D* KVXAnimatorManager::findSign(qint64 objId) const { return m_
 
 vpe::CGroupNode* KVXAnimatorManager::signGroupNode() const { return m_signs->GroupNode(); }
 
-QString KVXAnimatorManager::getSignsText(const KVXAnimation* record, bool includeSelf) const
-{
-    return m_signs->Text(record, includeSelf);
-}
-
 void KVXAnimatorManager::addSignToScence(int number) { m_signs->Add(number); }
 
 void KVXAnimatorManager::deleteSign(int number) { m_signs->Delete(number); }

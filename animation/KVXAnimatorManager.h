@@ -147,7 +147,6 @@ private:
     void pauseAnimTimer();
     void ResumeAnimTimer();
 
-    QString getSignsText(const KVXAnimation* record, bool includeSelf) const;
     void addSignToScence(int number);
     void deleteSign(int number);
     void attachDatabase(PfDbDatabase* database);

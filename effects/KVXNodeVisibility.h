@@ -11,6 +11,4 @@ inline void SetVisible(osg::Node* node, bool visible)
         node->setNodeMask(visible ? ~0u : 0u);
 }
 
-inline bool IsVisible(const osg::Node* node) { return node && node->getNodeMask() != 0u; }
-
 } // namespace KVXNodeVisibility

@@ -44,9 +44,8 @@ public:
     KVXDateKeyFramesTrack* GetDateKeyFramesTrack() const { return m_dateTrack; }
     KVXCameraAnimationClockTimer* GetCameraAnimationClockTimer() const { return m_cameraClock.get(); }
     KVXDateAnimationClockTimer* GetDateAnimationClockTimer() const { return m_dateClock.get(); }
-    // The clock of a video export; null when none is set up.
+    // The clock of a video export; null until video export sets one up.
     vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock.get(); }
-    void SetVideoRecordClockTimer(vpe::CClockTimer* clock) { m_videoClock = clock; }
 
     // The key-frame timeline (with an invokable SetTimeIndicator(unsigned
     // int)) and the date timeline (with SetIndicator(QDate)) the clocks move.
