@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/model/KVXBaseObject.h"
-#include "host/vpe/CReferenced.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <QDate>
 #include <QString>

@@ -15,7 +15,7 @@
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfGsUtility.h"
 #include "host/rx/PfRxClass.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 #include "keyframe/KVXKeyFrameAnimationManager.h"
 

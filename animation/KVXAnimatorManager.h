@@ -2,8 +2,8 @@
 
 #include "KVXAnimation.h"
 #include "host/db/PfDbDatabaseReactor.h"
-#include "host/vpe/CGroupNode.h"
-#include "host/vpe/CReferenced.h"
+#include "host/vpe/scene/CGroupNode.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <QDate>
 #include <QObject>

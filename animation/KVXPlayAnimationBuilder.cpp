@@ -11,9 +11,9 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CAnimationManager.h"
-#include "host/vpe/CNodeTrack.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/animation/CAnimationManager.h"
+#include "host/vpe/animation/CNodeTrack.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <cmath>
 #include <string>

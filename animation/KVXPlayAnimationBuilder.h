@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/CGroupNode.h"
-#include "host/vpe/CSceneNode.h"
+#include "host/vpe/scene/CGroupNode.h"
+#include "host/vpe/scene/CSceneNode.h"
 
 #include <osg/Vec3d>
 

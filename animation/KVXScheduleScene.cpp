@@ -4,7 +4,7 @@
 
 #include "effects/KVXAnimPlaneVisitor.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
 

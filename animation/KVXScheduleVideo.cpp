@@ -4,10 +4,10 @@
 
 #include "host/model/PfGsUtility.h"
 #include "host/model/PfProgressMeter.h"
-#include "host/vpe/CTimeSource.h"
-#include "host/vpe/CVideoMakerFFmpegPlugin.h"
-#include "host/vpe/CVideoRecorderTimeSource.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/animation/CTimeSource.h"
+#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
+#include "host/vpe/animation/CVideoRecorderTimeSource.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <QCoreApplication>
 #include <QFile>

@@ -1,11 +1,11 @@
 // Cutting a building of about 20,000 triangles with a plane and covering the
 // cut, as a construction animation does for its element every frame.
 
-#include "host/vpe/CBody.h"
-#include "host/vpe/CBooleanOperate.h"
-#include "host/vpe/CPlane.h"
-#include "host/vpe/CSection.h"
-#include "host/vpe/GBodyBuilder.h"
+#include "host/vpe/geometry/CBody.h"
+#include "host/vpe/geometry/CBooleanOperate.h"
+#include "host/vpe/geometry/CPlane.h"
+#include "host/vpe/geometry/CSection.h"
+#include "host/vpe/geometry/GBodyBuilder.h"
 
 #include "MedianReporter.h"
 

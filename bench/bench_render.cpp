@@ -11,7 +11,7 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfHostClasses.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <QCoreApplication>
 

@@ -19,12 +19,12 @@
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfHostClasses.h"
 #include "host/model/PfOptionContainer.h"
-#include "host/vpe/CBooleanOperate.h"
-#include "host/vpe/CPlane.h"
-#include "host/vpe/CPrimitiveRenderable.h"
-#include "host/vpe/CSection.h"
-#include "host/vpe/CViewer.h"
-#include "host/vpe/GBodyBuilder.h"
+#include "host/vpe/geometry/CBooleanOperate.h"
+#include "host/vpe/geometry/CPlane.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
+#include "host/vpe/geometry/CSection.h"
+#include "host/vpe/render/CViewer.h"
+#include "host/vpe/geometry/GBodyBuilder.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 
 #include <QCoreApplication>

@@ -9,8 +9,8 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfHostClasses.h"
-#include "host/vpe/CVideoRecorderTimeSource.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/animation/CVideoRecorderTimeSource.h"
+#include "host/vpe/render/CViewer.h"
 #include "tools/KVXDemoSchedule.h"
 
 #include <QCoreApplication>

@@ -11,7 +11,7 @@
 #include "host/model/PfDbDrawingHelper.h"
 #include "host/model/PfGsUtility.h"
 #include "host/model/PfOptionContainer.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,7 @@
 #include "KVXAnimPlaneVisitor.h"
 
-#include "host/vpe/CEffect.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CEffect.h"
+#include "host/vpe/scene/CStateSet.h"
 
 KVXAnimPlaneVisitor::KVXAnimPlaneVisitor(const KVXAnimPlane* plane, bool remove, int index)
     : m_plane(plane), m_remove(remove), m_index(index)

@@ -2,7 +2,7 @@
 
 #include "KVXAnimPlane.h"
 
-#include "host/vpe/CNodeVisitor.h"
+#include "host/vpe/scene/CNodeVisitor.h"
 
 namespace vpe {
 class CStateSet;

@@ -9,7 +9,7 @@
 #include "host/db/PfDocManager.h"
 #include "host/db/PfGsView.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
 

@@ -4,8 +4,8 @@
 #include "KVXAppliedPlane.h"
 #include "KVXCutCap.h"
 
-#include "host/vpe/CFrameCallback.h"
-#include "host/vpe/CVisualNode.h"
+#include "host/vpe/animation/CFrameCallback.h"
+#include "host/vpe/scene/CVisualNode.h"
 
 #include <osg/BoundingBox>
 #include <osg/Group>

@@ -3,10 +3,10 @@
 #include "animation/KVXAnimation.h"
 #include "animation/KVXAnimatorManager.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CRefGroupNode.h"
-#include "host/vpe/CRefVisualNode.h"
-#include "host/vpe/CStateSet.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/scene/CRefGroupNode.h"
+#include "host/vpe/scene/CRefVisualNode.h"
+#include "host/vpe/scene/CStateSet.h"
+#include "host/vpe/render/CViewer.h"
 
 namespace {
 

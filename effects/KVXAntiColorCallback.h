@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/vpe/CFrameCallback.h"
+#include "host/vpe/animation/CFrameCallback.h"
 
 class KVXAnimation;
 

@@ -2,11 +2,11 @@
 
 #include "host/model/KVXElementObject.h"
 #include "host/model/PfOptionContainer.h"
-#include "host/vpe/CPlane.h"
-#include "host/vpe/CPrimitiveRenderable.h"
-#include "host/vpe/CSection.h"
-#include "host/vpe/CStateSet.h"
-#include "host/vpe/GBodyBuilder.h"
+#include "host/vpe/geometry/CPlane.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
+#include "host/vpe/geometry/CSection.h"
+#include "host/vpe/scene/CStateSet.h"
+#include "host/vpe/geometry/GBodyBuilder.h"
 
 #include <algorithm>
 #include <cstring>

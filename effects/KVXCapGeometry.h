@@ -2,7 +2,7 @@
 
 #include "KVXAnimPlane.h"
 
-#include "host/vpe/CReferenced.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <osg/Vec3f>
 
@@ -11,7 +11,7 @@
 
 class KVXElementObject;
 
-#include "host/vpe/CSection.h"
+#include "host/vpe/geometry/CSection.h"
 
 namespace vpe {
 class CPlane;

@@ -1,7 +1,7 @@
 #include "KVXCloneStateSetVisitor.h"
 
-#include "host/vpe/CEffect.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CEffect.h"
+#include "host/vpe/scene/CStateSet.h"
 
 void KVXCloneStateSetVisitor::VisitVisualNode(vpe::CVisualNode& node)
 {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/vpe/CNodeVisitor.h"
+#include "host/vpe/scene/CNodeVisitor.h"
 
 // Gives every renderable below a node a private copy of its state set (and
 // makes that copy a pass of its effect's first technique), so that clip

@@ -1,13 +1,13 @@
 #include "KVXCutCap.h"
 
 #include "host/model/KVX3DElementObject.h"
-#include "host/vpe/CBody.h"
-#include "host/vpe/CBodySlicer.h"
-#include "host/vpe/CBooleanOperate.h"
-#include "host/vpe/CPlane.h"
-#include "host/vpe/CPrimitiveRenderable.h"
-#include "host/vpe/CSection.h"
-#include "host/vpe/CStateSetManager.h"
+#include "host/vpe/geometry/CBody.h"
+#include "host/vpe/geometry/CBodySlicer.h"
+#include "host/vpe/geometry/CBooleanOperate.h"
+#include "host/vpe/geometry/CPlane.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
+#include "host/vpe/geometry/CSection.h"
+#include "host/vpe/scene/CStateSetManager.h"
 
 KVXCutCap::KVXCutCap() = default;
 

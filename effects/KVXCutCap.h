@@ -3,8 +3,8 @@
 #include "KVXAnimPlane.h"
 #include "KVXCapGeometry.h"
 
-#include "host/vpe/CReferenced.h"
-#include "host/vpe/CVisualNode.h"
+#include "host/vpe/core/CReferenced.h"
+#include "host/vpe/scene/CVisualNode.h"
 
 #include <QColor>
 

@@ -12,7 +12,7 @@
 #include "host/db/PfGsView.h"
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
 

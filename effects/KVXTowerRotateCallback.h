@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/db/PfDbHandle.h"
-#include "host/vpe/CFrameCallback.h"
-#include "host/vpe/CGroupNode.h"
+#include "host/vpe/animation/CFrameCallback.h"
+#include "host/vpe/scene/CGroupNode.h"
 
 #include <osg/Matrixd>
 

@@ -3,8 +3,8 @@
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/model/KVXGlobalInfo.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CScreenshoter.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CScreenshoter.h"
+#include "host/vpe/render/CViewer.h"
 #include "host/rx/PfRxClass.h"
 
 #include <cmath>

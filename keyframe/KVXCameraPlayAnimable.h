@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/vpe/CCameraAnimable.h"
+#include "host/vpe/animation/CCameraAnimable.h"
 
 // Puts the camera where the key-frame camera track says: the eye from the
 // matrix's translation row, the view direction (local +Y) and the up

@@ -3,7 +3,7 @@
 #include "KVXKeyFrameAnimationManager.h"
 #include "animation/KVXAnimatorManager.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <QMetaObject>
 

@@ -1,7 +1,7 @@
 #include "KVXFreeazbleClockTimer.h"
 
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 KVXFreeazbleClockTimer::KVXFreeazbleClockTimer(vpe::CRefPtr<vpe::CClock> clock, std::string name)
     : vpe::CClockTimer(std::move(clock), std::move(name))

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/CClockTimer.h"
-#include "host/vpe/CClockTimerManager.h"
+#include "host/vpe/animation/CClockTimer.h"
+#include "host/vpe/animation/CClockTimerManager.h"
 
 #include <string>
 

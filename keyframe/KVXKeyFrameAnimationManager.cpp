@@ -9,9 +9,9 @@
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CClockTimerManager.h"
-#include "host/vpe/CVideoMakerFFmpegPlugin.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/animation/CClockTimerManager.h"
+#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <QMetaObject>
 

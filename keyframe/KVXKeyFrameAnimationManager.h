@@ -3,7 +3,7 @@
 #include "KVXCameraAnimationClockTimer.h"
 #include "KVXDateAnimationClockTimer.h"
 
-#include "host/vpe/CClockTimer.h"
+#include "host/vpe/animation/CClockTimer.h"
 
 #include <QObject>
 #include <QPointer>

@@ -1,15 +1,12 @@
 #include "PfApGrxEventFilter.h"
 
-#include "host/app/PfQtView.h"
-
-#include <QEvent>
+#include "host/model/PfGraphicsEvents.h"
 
 bool PfApGrxEventFilter::eventFilter(QObject* watched, QEvent* event)
 {
-    const int type = event->type();
-    if (type >= kFirstGraphicsEvent && type <= kLastGraphicsEvent)
+    if (PfGraphicsEvents::IsGraphicsEvent(event->type()))
         return true;
-    if (type == QEvent::Paint && qobject_cast<PfQtView*>(watched))
+    if (event->type() == QEvent::Paint && watched && watched->inherits(PfGraphicsEvents::kViewClassName))
         return true;
     return QObject::eventFilter(watched, event);
 }

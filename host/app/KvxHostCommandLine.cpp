@@ -8,7 +8,7 @@
 #include "host/model/PfProgressMeter.h"
 #include "host/rx/PfEdCommandStack.h"
 #include "host/rx/PfRxDictionary.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <QTextStream>
 

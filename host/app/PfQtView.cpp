@@ -1,6 +1,7 @@
 #include "PfQtView.h"
 
-#include "host/vpe/CViewer.h"
+#include "host/model/PfGraphicsEvents.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <QCoreApplication>
 #include <QPainter>
@@ -25,7 +26,7 @@ void PfQtView::RequestRedraw()
     if (m_redrawPosted)
         return;
     m_redrawPosted = true;
-    QCoreApplication::postEvent(this, new QEvent(kRedrawEvent));
+    QCoreApplication::postEvent(this, new QEvent(PfGraphicsEvents::kRedrawEvent));
 }
 
 bool PfQtView::wantsFrame() const
@@ -35,7 +36,7 @@ bool PfQtView::wantsFrame() const
 
 bool PfQtView::event(QEvent* event)
 {
-    if (event->type() == kRedrawEvent) {
+    if (event->type() == PfGraphicsEvents::kRedrawEvent) {
         m_redrawPosted = false;
         update();
         return true;

@@ -1,8 +1,7 @@
 #pragma once
 
-#include "host/vpe/CReferenced.h"
+#include "host/vpe/core/CReferenced.h"
 
-#include <QEvent>
 #include <QImage>
 #include <QString>
 #include <QWidget>
@@ -18,9 +17,6 @@ class CViewer;
 class PfQtView : public QWidget {
     Q_OBJECT
 public:
-    // The host's graphics events are numbered from 15001 to 15010.
-    static constexpr QEvent::Type kRedrawEvent = static_cast<QEvent::Type>(15001);
-
     explicit PfQtView(vpe::CViewer* viewer, QWidget* parent = nullptr);
     ~PfQtView() override;
 

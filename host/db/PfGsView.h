@@ -1,7 +1,7 @@
 #pragma once
 
 #include "PfDbHandle.h"
-#include "host/vpe/CSceneNode.h"
+#include "host/vpe/scene/CSceneNode.h"
 
 namespace vpe {
 class CViewer;

@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/vpe/CGroupNode.h"
+#include "host/vpe/scene/CGroupNode.h"
 
 PFRX_DEFINE_HOST_MEMBERS(KVX3DElementObject, KVXBaseObject, &PfRxCreateInstance<KVX3DElementObject>)
 

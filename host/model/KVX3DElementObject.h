@@ -1,7 +1,7 @@
 #pragma once
 
 #include "KVXBaseObject.h"
-#include "host/vpe/CBody.h"
+#include "host/vpe/geometry/CBody.h"
 
 #include <vector>
 

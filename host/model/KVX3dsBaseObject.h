@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/db/PfDbElement.h"
-#include "host/vpe/CVec3.h"
+#include "host/vpe/core/CVec3.h"
 
 #include <string>
 

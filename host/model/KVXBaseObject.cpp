@@ -2,7 +2,7 @@
 
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/rx/PfRxClass.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include <algorithm>
 

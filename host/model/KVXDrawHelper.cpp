@@ -1,8 +1,8 @@
 #include "KVXDrawHelper.h"
 
-#include "host/vpe/CNodeVisitor.h"
-#include "host/vpe/CPrimitiveRenderable.h"
-#include "host/vpe/CStateSetManager.h"
+#include "host/vpe/scene/CNodeVisitor.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
+#include "host/vpe/scene/CStateSetManager.h"
 
 #include <cmath>
 #include <map>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/CBody.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/geometry/CBody.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include <QColor>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/db/PfDbElement.h"
-#include "host/vpe/CSceneNode.h"
+#include "host/vpe/scene/CSceneNode.h"
 
 #include <osg/Vec3f>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/vpe/CBody.h"
+#include "host/vpe/geometry/CBody.h"
 
 #include <osg/Matrixd>
 

@@ -3,7 +3,7 @@
 #include "KVXDrawHelper.h"
 #include "KVXMeshBuilder.h"
 #include "host/db/KVXSaveLoadXml.h"
-#include "host/vpe/CGroupNode.h"
+#include "host/vpe/scene/CGroupNode.h"
 #include "host/rx/PfRxClass.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "host/db/PfDbElement.h"
-#include "host/vpe/CVec3.h"
+#include "host/vpe/core/CVec3.h"
 
 // A placed building: its name (from PfDbElement), insertion point and
 // rotation about Z in degrees.

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/CReferenced.h"
-#include "host/vpe/CSceneNode.h"
+#include "host/vpe/core/CReferenced.h"
+#include "host/vpe/scene/CSceneNode.h"
 
 class PfDbEntity;
 class PfGsView;

@@ -5,7 +5,7 @@
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/rx/PfRxClass.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 PFRX_DEFINE_HOST_MEMBERS(PfGsModelView, PfDbDatabaseReactor, nullptr)
 

@@ -2,7 +2,7 @@
 
 #include "host/db/PfDbDatabaseReactor.h"
 #include "host/db/PfGsView.h"
-#include "host/vpe/CReferenced.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <osg/Node>
 

@@ -5,7 +5,7 @@
 #include "host/db/PfDbEntity.h"
 #include "host/db/PfDocManager.h"
 #include "host/db/PfGsView.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 PfGsView* PfGsUtility::ActiveView()
 {

@@ -8,7 +8,7 @@
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfGsModelView.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 
 #include "tests/support/ModuleEnvironment.h"

@@ -5,7 +5,7 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfGsModelView.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include "tests/support/ModuleEnvironment.h"
 

@@ -6,8 +6,8 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfGsModelView.h"
-#include "host/vpe/CStateSet.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/scene/CStateSet.h"
+#include "host/vpe/render/CViewer.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 
 #include "tests/support/ModuleEnvironment.h"

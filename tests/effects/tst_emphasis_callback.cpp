@@ -2,8 +2,8 @@
 
 #include "effects/KVXAntiColorCallback.h"
 #include "effects/KVXCloneStateSetVisitor.h"
-#include "host/vpe/CEffect.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CEffect.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include "tests/support/ModuleEnvironment.h"
 

@@ -1,6 +1,6 @@
 #include "effects/KVXAnimPlaneVisitor.h"
-#include "host/vpe/CEffect.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CEffect.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include "tests/support/ModuleEnvironment.h"
 

@@ -3,7 +3,7 @@
 #include "animation/KVXTowerAnimation.h"
 #include "effects/KVXTowerRotateCallback.h"
 #include "host/model/KVXTowerCraneObject.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"

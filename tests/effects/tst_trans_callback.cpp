@@ -1,7 +1,7 @@
 #include "EffectScene.h"
 
 #include "effects/KVXAnimTransCallback.h"
-#include "host/vpe/CStateSet.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"

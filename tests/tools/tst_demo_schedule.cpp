@@ -9,7 +9,7 @@
 #include "host/model/PfGsModelView.h"
 #include "host/rx/PfEdCommandStack.h"
 #include "host/rx/PfRxDictionary.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 #include "tools/KVXDemoSchedule.h"
 
 #include "tests/support/ModuleEnvironment.h"

@@ -7,7 +7,7 @@
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/CViewer.h"
+#include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
 
