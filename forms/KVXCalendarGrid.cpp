@@ -195,7 +195,9 @@ void KVXCalendarGrid::paintIndicator(QPainter& painter)
     painter.fillRect(m_indicatorBox, QColor(255, 70, 70, 100));
     painter.setPen(red);
     painter.drawRect(m_indicatorBox);
-    const int centre = m_indicatorBox.center().x();
+    // The box spans the centre's kMargin pixels on either side; its
+    // center() would be a pixel left of it.
+    const int centre = m_indicatorBox.left() + kMargin;
     painter.drawLine(centre, kHeaderHeight, centre, height());
     painter.setPen(m_textPen);
     painter.drawText(m_indicatorBox, Qt::AlignCenter, m_indicator.toString(QStringLiteral("yyyy-MM-dd")));

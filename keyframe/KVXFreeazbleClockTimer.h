@@ -29,11 +29,13 @@ public:
 protected:
     ~KVXFreeazbleClockTimer() override = default;
 
-    // The registry's timer of that name when it is a Timer on the current
-    // viewer's clock; otherwise a new Timer on that clock, registered under
-    // the name (a timer of another class keeps its place; one of this class
-    // left on the clock of a viewer that is gone is dropped, since it would
-    // never move again). Null without a current viewer.
+    // The registry's timer of that name when it is a Timer on the clock of a
+    // viewer that still exists (the current one's, or that of another open
+    // document: its end time and date range stay); otherwise a new Timer on
+    // the current viewer's clock, registered under the name (a timer of
+    // another class keeps its place; one of this class left on the clock of
+    // a viewer that is gone is dropped, since it would never move again).
+    // Null without a current viewer.
     template <class Timer>
     static Timer* getOrCreate(const std::string& name);
 
@@ -54,7 +56,8 @@ Timer* KVXFreeazbleClockTimer::getOrCreate(const std::string& name)
         return nullptr;
     vpe::CClockTimerManager* registry = vpe::CClockTimerManager::GetInstance();
     if (auto* found = dynamic_cast<Timer*>(registry->Find(name))) {
-        if (found->GetClock() == clock)
+        const vpe::CClock* own = found->GetClock();
+        if (own == clock || (own && !own->IsRetired()))
             return found;
         registry->Remove(found);
     }

@@ -18,6 +18,9 @@ public:
     virtual void RemoveObserver(IObserver* observer);
     void Tick(double elapsedSeconds);
     double GetTotalTime() const { return m_total; }
+    // Its viewer is gone: it will never tick again.
+    void Retire() { m_retired = true; }
+    bool IsRetired() const { return m_retired; }
     unsigned int GetFrameNumber() const { return m_frames; }
 
 protected:
@@ -27,6 +30,7 @@ private:
     std::vector<IObserver*> m_observers;
     double m_total = 0.0;
     unsigned int m_frames = 0;
+    bool m_retired = false;
 };
 
 } // namespace vpe

@@ -1,10 +1,10 @@
 #include "CViewer.h"
 
-#include "host/vpe/animation/CClockTimerManager.h"
 #include "COffscreenContext.h"
+#include "PicturePass.h"
+#include "host/vpe/animation/CClockTimerManager.h"
 #include "host/vpe/animation/CWallClockTimeSource.h"
 #include "host/vpe/scene/CVectorText2D.h"
-#include "PicturePass.h"
 
 #include <osg/Camera>
 #include <osg/Image>
@@ -73,7 +73,11 @@ CViewer::CViewer()
     m_camera->SetDirection(direction);
 }
 
-CViewer::~CViewer() { CClockTimerManager::GetInstance()->Remove(m_defaultTimer.get()); }
+CViewer::~CViewer()
+{
+    m_clock->Retire();
+    CClockTimerManager::GetInstance()->Remove(m_defaultTimer.get());
+}
 
 void CViewer::SetTimeSource(CTimeSource* source)
 {
