@@ -4,8 +4,8 @@
 
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsUtility.h"
-#include "host/vpe/scene/CVectorText2D.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CVectorText2D.h"
 #include "host/vpe/scene/CVisualNode.h"
 
 #include <osg/ComputeBoundsVisitor>

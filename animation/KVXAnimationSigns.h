@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/scene/CGroupNode.h"
 #include "host/vpe/core/CReferenced.h"
+#include "host/vpe/scene/CGroupNode.h"
 
 #include <QString>
 #include <QtGlobal>

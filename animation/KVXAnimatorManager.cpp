@@ -31,15 +31,7 @@ namespace {
 
 PfDbDocument* currentDocument() { return PfDocManagerPtr()->CurrentDocument(); }
 
-// The shared date clock; it moves the date timeline, when there is one.
-KVXDateAnimationClockTimer* dateClock()
-{
-    KVXDateAnimationClockTimer* clock =
-        KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
-    if (clock && !clock->GetDateTimeLineWidget())
-        clock->SetDateTimeLineWidget(KVXKeyFrameAnimationManager::GetDateLineWidget());
-    return clock;
-}
+KVXDateAnimationClockTimer* dateClock() { return KVXKeyFrameAnimationManager::DateClock(); }
 
 // The end of a record's days, its loop included.
 QDate lastDayOf(const KVXAnimation* record)
@@ -52,7 +44,8 @@ QDate lastDayOf(const KVXAnimation* record)
 } // namespace
 
 KVXAnimatorManager::KVXAnimatorManager()
-    : m_signs(std::make_unique<KVXAnimationSigns>(*this)),
+    : m_timeScale(new KVXScheduleTimeScale),
+      m_signs(std::make_unique<KVXAnimationSigns>(*this)),
       m_documentReactor(std::make_unique<KVXAnimationDocumentReactor>(this))
 {
 }
@@ -313,8 +306,8 @@ void KVXAnimatorManager::updateAllAnimationsDateRange()
         if (!latestEnd.isValid())
             latestEnd = start;
     }
-    m_allStartDate = start;
-    m_allTimeLength = static_cast<double>(start.daysTo(latestEnd)) * m_dayToSeconds;
+    m_timeScale->SetStartDate(start);
+    m_allTimeLength = m_timeScale->TimeAt(latestEnd);
     if (KVXDateAnimationClockTimer* clock = dateClock()) {
         clock->SetEndTime(m_allTimeLength);
         clock->SetDateRange(start, latestEnd);
@@ -323,15 +316,14 @@ void KVXAnimatorManager::updateAllAnimationsDateRange()
 
 QDate KVXAnimatorManager::getAllAnimationsEndDate() const
 {
-    if (m_dayToSeconds == 0.0)
-        return m_allStartDate;
-    return m_allStartDate.addDays(static_cast<qint64>(m_allTimeLength / m_dayToSeconds));
+    const QDate& start = m_timeScale->GetStartDate();
+    const double dayToSeconds = m_timeScale->GetSecondsPerDay();
+    if (dayToSeconds == 0.0)
+        return start;
+    return start.addDays(static_cast<qint64>(m_allTimeLength / dayToSeconds));
 }
 
-double KVXAnimatorManager::getAnimationTimeAtDate(const QDate& date) const
-{
-    return static_cast<double>(m_allStartDate.daysTo(date)) * m_dayToSeconds;
-}
+double KVXAnimatorManager::getAnimationTimeAtDate(const QDate& date) const { return m_timeScale->TimeAt(date); }
 
 // ---- conflicts ----------------------------------------------------------
 
@@ -404,7 +396,7 @@ void KVXAnimatorManager::createPlayAnimations()
     vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
     if (!viewer || !clock)
         return;
-    const KVXPlayAnimationBuilder builder(viewer, clock, m_allTimeLength);
+    const KVXPlayAnimationBuilder builder(currentDocument(), viewer, clock, m_timeScale.get(), m_allTimeLength);
     for (const auto& entry : m_animationsByNumber) {
         KVXAnimation* record = entry.second;
         if (!record->getAnimation() && !record->getAnimator()) {

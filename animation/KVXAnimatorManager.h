@@ -1,9 +1,11 @@
 #pragma once
 
 #include "KVXAnimation.h"
+#include "KVXScheduleTimeScale.h"
 #include "host/db/PfDbDatabaseReactor.h"
-#include "host/vpe/scene/CGroupNode.h"
 #include "host/vpe/core/CReferenced.h"
+#include "host/vpe/scene/CGroupNode.h"
+#include "keyframe/KVXSchedulePlayback.h"
 
 #include <QDate>
 #include <QObject>
@@ -28,8 +30,9 @@ class CVectorText2D;
 // schedule's date span and labels every animated element with the numbers of
 // its records. The records belong to the document; the manager keeps plain
 // pointers in creation (or load) order and, for the per-element queries, an
-// index by element that keeps the same order.
-class KVXAnimatorManager : public QObject, public PfDbDatabaseReactor {
+// index by element that keeps the same order. It is the date clock's
+// schedule playback.
+class KVXAnimatorManager : public QObject, public PfDbDatabaseReactor, public KVXSchedulePlayback {
     Q_OBJECT
     PFRX_DECLARE_MEMBERS(KVXAnimatorManager)
 public:
@@ -66,12 +69,15 @@ public:
     // The schedule's span: earliest start, latest end (loops included) and
     // its length in play seconds; the date clock gets length and range.
     void updateAllAnimationsDateRange();
-    QDate getAllAnimationsStartDate() const { return m_allStartDate; }
+    QDate getAllAnimationsStartDate() const { return m_timeScale->GetStartDate(); }
     QDate getAllAnimationsEndDate() const;
     double getAllAnimationsTimeLength() const { return m_allTimeLength; }
     double getAnimationTimeAtDate(const QDate& date) const;
-    double getDayToSeconds() const { return m_dayToSeconds; }
-    void setDayToSeconds(double seconds) { m_dayToSeconds = seconds; }
+    double getDayToSeconds() const { return m_timeScale->GetSecondsPerDay(); }
+    void setDayToSeconds(double seconds) { m_timeScale->SetSecondsPerDay(seconds); }
+    // The schedule's dates in play time, kept up to date by the two above:
+    // what playback hands its frame callbacks.
+    const KVXScheduleTimeScale* getTimeScale() const { return m_timeScale.get(); }
 
     // ---- conflicts ----
     enum ConflictKind { InvalidDateRange = 0, Overlapping = 1, ElementNotFound = 2 };
@@ -94,7 +100,7 @@ public:
 
     // ---- playback: 0 stopped, 1 playing, 2 paused ----
     int getPlayState() const { return m_playState; }
-    bool isPreviewing() const { return m_isPreviewing; }
+    bool isPreviewing() const override { return m_isPreviewing; }
     void play();
     // Playing: pause; paused: play on; stopped: nothing.
     void pause();
@@ -109,7 +115,7 @@ public:
     // Clip planes, moved nodes and overlays of every record taken away.
     void resumeScene();
     // Enables the engine animator of every record that has one.
-    void startAnimators();
+    void startAnimators() override;
     // Makes the path polylines invisible outside playback.
     void setAllPathInvisable();
 
@@ -126,7 +132,7 @@ signals:
     void dataChangedSignal();
 
 public slots:
-    void stopSlot();
+    void stopSlot() override;
 
 private:
     KVXAnimatorManager();
@@ -159,8 +165,8 @@ private:
     // Each element's records in list order.
     std::unordered_map<qint64, std::vector<KVXAnimation*>> m_animationsByObjId;
 
-    double m_dayToSeconds = 1.0;
-    QDate m_allStartDate;
+    // Start date and seconds per day.
+    vpe::CRefPtr<KVXScheduleTimeScale> m_timeScale;
     double m_allTimeLength = 0.0;
 
     int m_playState = 0;

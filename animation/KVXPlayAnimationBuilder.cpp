@@ -1,6 +1,6 @@
 #include "KVXPlayAnimationBuilder.h"
 
-#include "KVXAnimatorManager.h"
+#include "KVXAnimation.h"
 
 #include "effects/KVXAnimLayeringTransCallback.h"
 #include "effects/KVXAnimTransCallback.h"
@@ -8,9 +8,7 @@
 #include "effects/KVXCloneStateSetVisitor.h"
 #include "effects/KVXTowerRotateCallback.h"
 #include "host/db/PfDbDocument.h"
-#include "host/db/PfDocManager.h"
 #include "host/model/KVXTowerCraneObject.h"
-#include "host/model/PfGsUtility.h"
 #include "host/vpe/animation/CAnimationManager.h"
 #include "host/vpe/animation/CNodeTrack.h"
 #include "host/vpe/render/CViewer.h"
@@ -38,18 +36,23 @@ double headingOf(const osg::Vec3d& from, const osg::Vec3d& to)
 
 } // namespace
 
-KVXPlayAnimationBuilder::KVXPlayAnimationBuilder(vpe::CViewer* viewer, vpe::CClockTimer* dateClock,
+KVXPlayAnimationBuilder::KVXPlayAnimationBuilder(PfDbDocument* document, vpe::CViewer* viewer,
+                                                 vpe::CClockTimer* dateClock, const KVXScheduleTimeScale* timeScale,
                                                  double scheduleLength)
-    : m_viewer(viewer), m_dateClock(dateClock), m_scheduleLength(scheduleLength)
+    : m_document(document),
+      m_viewer(viewer),
+      m_dateClock(dateClock),
+      m_timeScale(timeScale),
+      m_scheduleLength(scheduleLength),
+      m_context(new KVXEffectContext(document, viewer, timeScale))
 {
 }
 
 bool KVXPlayAnimationBuilder::Build(KVXAnimation* record) const
 {
-    if (!m_viewer || !record || !PfGsUtility::ActiveView())
+    if (!m_viewer || !record || !m_document || !m_document->GetActiveView())
         return false;
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    if (!document || !document->GetItem(static_cast<PfDbHandle>(record->getObjId())))
+    if (!m_document->GetItem(static_cast<PfDbHandle>(record->getObjId())))
         return false;
     vpe::CSceneNode* node = record->getNode();
     if (!node)
@@ -96,22 +99,21 @@ bool KVXPlayAnimationBuilder::buildCut(KVXAnimation* record, vpe::CSceneNode* no
     vpe::CAnimation* animation = createAnimation(record);
     vpe::CRefPtr<vpe::CFrameCallback> callback;
     if (record->getIsLayering())
-        callback = new KVXAnimLayeringTransCallback(record);
+        callback = new KVXAnimLayeringTransCallback(record, m_context.get());
     else
-        callback = new KVXAnimTransCallback(record);
+        callback = new KVXAnimTransCallback(record, m_context.get());
     animation->SetFrameCallback(node, callback.get());
     return attach(record, animation);
 }
 
 std::vector<double> KVXPlayAnimationBuilder::roundTimes(const KVXAnimation* record) const
 {
-    KVXAnimatorManager* manager = KVXAnimatorManager::getInstance();
-    const double start = manager->getAnimationTimeAtDate(record->getStartDate());
-    const double end = manager->getAnimationTimeAtDate(record->getEndDate());
+    const double start = m_timeScale->TimeAt(record->getStartDate());
+    const double end = m_timeScale->TimeAt(record->getEndDate());
     std::vector<double> times{start, end};
     const double round = end - start;
     if (record->getLoopPlayback() && round > 0.0) {
-        const double loopEnd = manager->getAnimationTimeAtDate(record->getLoopEndDate());
+        const double loopEnd = m_timeScale->TimeAt(record->getLoopEndDate());
         while (times.back() + round <= loopEnd + 1e-9)
             times.push_back(times.back() + round);
     }
@@ -121,10 +123,9 @@ std::vector<double> KVXPlayAnimationBuilder::roundTimes(const KVXAnimation* reco
 bool KVXPlayAnimationBuilder::buildRotation(KVXAnimation* record, vpe::CSceneNode* node) const
 {
     vpe::CAnimation* animation = createAnimation(record);
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    if (KVXTowerCraneObject::Cast(document->GetItem(static_cast<PfDbHandle>(record->getObjId())))) {
+    if (KVXTowerCraneObject::Cast(m_document->GetItem(static_cast<PfDbHandle>(record->getObjId())))) {
         // A crane slews its jib and climbs by itself; the crane stays put.
-        animation->SetFrameCallback(node, new KVXTowerRotateCallback(record));
+        animation->SetFrameCallback(node, new KVXTowerRotateCallback(record, m_context.get()));
         return attach(record, animation);
     }
     vpe::CGroupNode* route = routeNodeOf(record, node);
@@ -183,7 +184,7 @@ bool KVXPlayAnimationBuilder::buildPath(KVXAnimation* record, vpe::CSceneNode* n
 bool KVXPlayAnimationBuilder::buildEmphasis(KVXAnimation* record, vpe::CSceneNode* node) const
 {
     vpe::CAnimation* animation = createAnimation(record);
-    animation->SetFrameCallback(node, new KVXAntiColorCallback(node, record));
+    animation->SetFrameCallback(node, new KVXAntiColorCallback(node, record, m_context.get()));
     return attach(record, animation);
 }
 

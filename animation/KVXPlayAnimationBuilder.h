@@ -1,5 +1,8 @@
 #pragma once
 
+#include "KVXScheduleTimeScale.h"
+
+#include "effects/KVXEffectContext.h"
 #include "host/vpe/scene/CGroupNode.h"
 #include "host/vpe/scene/CSceneNode.h"
 
@@ -8,6 +11,7 @@
 #include <vector>
 
 class KVXAnimation;
+class PfDbDocument;
 
 namespace vpe {
 class CAnimation;
@@ -22,10 +26,12 @@ class CViewer;
 // (the crane's own slewing and climbing for a tower crane), a drive along
 // the record's polyline for a path, blinking for emphasis. Every record's
 // animation lasts the whole schedule; its callback or track decides from the
-// clock's date what to show.
+// clock's date what to show. The callbacks share one context: the document,
+// the viewer and the time scale given here.
 class KVXPlayAnimationBuilder {
 public:
-    KVXPlayAnimationBuilder(vpe::CViewer* viewer, vpe::CClockTimer* dateClock, double scheduleLength);
+    KVXPlayAnimationBuilder(PfDbDocument* document, vpe::CViewer* viewer, vpe::CClockTimer* dateClock,
+                            const KVXScheduleTimeScale* timeScale, double scheduleLength);
 
     // The animation and its animator (both named by the record's number),
     // enabled and kept in the record. False when the record's element or
@@ -47,7 +53,10 @@ private:
     // backwards, so that nothing jumps).
     std::vector<double> roundTimes(const KVXAnimation* record) const;
 
+    PfDbDocument* m_document;
     vpe::CViewer* m_viewer;
     vpe::CClockTimer* m_dateClock;
+    const KVXScheduleTimeScale* m_timeScale;
     double m_scheduleLength;
+    vpe::CRefPtr<KVXEffectContext> m_context;
 };

@@ -5,9 +5,10 @@
 #include "host/model/PfGsUtility.h"
 #include "host/model/PfProgressMeter.h"
 #include "host/vpe/animation/CTimeSource.h"
-#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
+#include "host/vpe/video/ZVideoFFmpeg.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -18,7 +19,8 @@ const wchar_t* const KVXScheduleVideo::kCommandName = L"KVX_EXPORT_SCHEDULE_VIDE
 
 namespace {
 
-constexpr int kMaxSide = 4094;
+// The encoder's limit.
+constexpr int kMaxSide = ZVideoFFmpeg::kMaxSide;
 // The poster shows the site this far through the schedule.
 constexpr double kPosterShare = 0.6;
 
@@ -85,40 +87,55 @@ int KVXScheduleVideo::FrameCount(double scheduleSeconds)
     return static_cast<int>(std::floor(scheduleSeconds * kFramesPerSecond)) + 1 + static_cast<int>(kFramesPerSecond);
 }
 
-bool KVXScheduleVideo::Export(const Options& options, QString* error)
-{
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    if (!viewer)
-        return fail(error, QStringLiteral("no document is shown: there is nothing to film"));
-    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
-    const double keptScale = schedule->getDayToSeconds();
-    schedule->setDayToSeconds(options.secondsPerDay);
-    schedule->updateAllAnimationsDateRange();
-    const double length = schedule->getAllAnimationsTimeLength();
-    if (schedule->getAnimationVector().empty() || length <= 0.01) {
-        schedule->setDayToSeconds(keptScale);
-        return fail(error, QStringLiteral("the document has no schedule to play"));
-    }
-    vpe::CVideoMakerFFmpegPlugin::LoadPlugin();
-    viewer->SetActiveViewportSize(options.width, options.height);
-    vpe::CVideoRecorder* recorder = viewer->GetAnimationManager()->GetOrCreateVideoRecorder();
-    recorder->SetFileName(options.file);
-    recorder->SetFrameRate(kFramesPerSecond);
-    recorder->SetResolution(options.width, options.height);
-    QString reason;
-    if (!recorder->RecordBegin(0.0, &reason)) {
-        schedule->setDayToSeconds(keptScale);
-        return fail(error, reason);
-    }
-    // Every frame moves the clocks by exactly one frame, however long it
-    // takes to draw.
-    const vpe::CRefPtr<vpe::CTimeSource> keptSource = viewer->GetTimeSource();
-    viewer->SetTimeSource(new vpe::CVideoRecorderTimeSource(kFramesPerSecond));
-    // The film shows the site, not the editor's labels.
-    schedule->setSignsVisible(false);
-    schedule->play();
+namespace {
 
-    const int frames = FrameCount(length);
+// The schedule as a film needs it: played at the film's speed, on a time
+// source that moves exactly one frame per frame, without the editor's
+// labels. However the export ends, the session leaves the schedule stopped,
+// the model put back and speed, time source and labels as it found them.
+class FilmingSession {
+public:
+    FilmingSession(vpe::CViewer* viewer, KVXAnimatorManager* schedule, double secondsPerDay)
+        : m_viewer(viewer), m_schedule(schedule), m_keptScale(schedule->getDayToSeconds())
+    {
+        schedule->setDayToSeconds(secondsPerDay);
+        schedule->updateAllAnimationsDateRange();
+    }
+    ~FilmingSession()
+    {
+        if (m_playing) {
+            m_schedule->stop();
+            m_schedule->resumeScene();
+            m_schedule->setSignsVisible(true);
+            m_viewer->SetTimeSource(m_keptSource.get());
+        }
+        m_schedule->setDayToSeconds(m_keptScale);
+    }
+    FilmingSession(const FilmingSession&) = delete;
+    FilmingSession& operator=(const FilmingSession&) = delete;
+
+    void Play()
+    {
+        m_keptSource = m_viewer->GetTimeSource();
+        m_viewer->SetTimeSource(new vpe::CVideoRecorderTimeSource(KVXScheduleVideo::kFramesPerSecond));
+        m_schedule->setSignsVisible(false);
+        m_schedule->play();
+        m_playing = true;
+    }
+
+private:
+    vpe::CViewer* m_viewer;
+    KVXAnimatorManager* m_schedule;
+    double m_keptScale;
+    vpe::CRefPtr<vpe::CTimeSource> m_keptSource;
+    bool m_playing = false;
+};
+
+// Draws and encodes every frame, the poster among them; false with the
+// reason when a frame cannot be drawn or the poster written.
+bool filmFrames(vpe::CViewer* viewer, vpe::CVideoRecorder* recorder, int frames, const QString& poster,
+                QString& reason)
+{
     const int posterFrame = static_cast<int>(frames * kPosterShare);
     PfProgressMeter progress;
     progress.Start(QStringLiteral("导出视频"), frames);
@@ -126,8 +143,8 @@ bool KVXScheduleVideo::Export(const Options& options, QString* error)
     bool drawn = true;
     for (int frame = 0; frame < frames && drawn && recorder->IsRecording(); ++frame) {
         drawn = viewer->Frame(picture, &reason);
-        if (drawn && frame == posterFrame && !options.poster.isEmpty() && !picture.save(options.poster)) {
-            reason = QStringLiteral("cannot write the poster %1").arg(options.poster);
+        if (drawn && frame == posterFrame && !poster.isEmpty() && !picture.save(poster)) {
+            reason = QStringLiteral("cannot write the poster %1").arg(poster);
             drawn = false;
         }
         progress.Step();
@@ -137,13 +154,35 @@ bool KVXScheduleVideo::Export(const Options& options, QString* error)
         reason = recorder->LastError();
         drawn = false;
     }
+    return drawn;
+}
+
+} // namespace
+
+bool KVXScheduleVideo::Export(const Options& options, QString* error)
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return fail(error, QStringLiteral("no document is shown: there is nothing to film"));
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    FilmingSession session(viewer, schedule, options.secondsPerDay);
+    const double length = schedule->getAllAnimationsTimeLength();
+    if (schedule->getAnimationVector().empty() || length <= 0.01)
+        return fail(error, QStringLiteral("the document has no schedule to play"));
+    vpe::CVideoMakerFFmpegPlugin::LoadPlugin();
+    viewer->SetActiveViewportSize(options.width, options.height);
+    vpe::CVideoRecorder* recorder = viewer->GetAnimationManager()->GetOrCreateVideoRecorder();
+    recorder->SetFileName(options.file);
+    recorder->SetFrameRate(kFramesPerSecond);
+    recorder->SetResolution(options.width, options.height);
+    QString reason;
+    if (!recorder->RecordBegin(0.0, &reason))
+        return fail(error, reason);
+    session.Play();
+    const int frames = FrameCount(length);
+    const bool drawn = filmFrames(viewer, recorder, frames, options.poster, reason);
     recorder->RecordEnd(frames / double(kFramesPerSecond));
     const bool finished = viewer->GetVideoMaker()->Finish(drawn ? &reason : nullptr);
-    schedule->stop();
-    schedule->resumeScene();
-    schedule->setSignsVisible(true);
-    viewer->SetTimeSource(keptSource.get());
-    schedule->setDayToSeconds(keptScale);
     if (!drawn || !finished) {
         QFile::remove(options.file);
         return fail(error, reason);

@@ -21,10 +21,10 @@
 #include "host/model/PfOptionContainer.h"
 #include "host/vpe/geometry/CBooleanOperate.h"
 #include "host/vpe/geometry/CPlane.h"
-#include "host/vpe/scene/CPrimitiveRenderable.h"
 #include "host/vpe/geometry/CSection.h"
-#include "host/vpe/render/CViewer.h"
 #include "host/vpe/geometry/GBodyBuilder.h"
+#include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 
 #include <QCoreApplication>
@@ -108,10 +108,12 @@ void playAll(vpe::CViewer* viewer, KVXDateAnimationClockTimer* clock)
 {
     KVXAnimatorManager* manager = KVXAnimatorManager::getInstance();
     vpe::CAnimationManager* engine = viewer->GetAnimationManager();
+    const vpe::CRefPtr<KVXEffectContext> context =
+        new KVXEffectContext(PfDocManagerPtr()->CurrentDocument(), viewer, manager->getTimeScale());
     for (KVXAnimation* record : manager->getAnimationVector()) {
         const std::string name = std::to_string(record->getNumber());
         vpe::CAnimation* animation = engine->CreateAnimation(name, manager->getAllAnimationsTimeLength());
-        callbacks().push_back(new KVXAnimTransCallback(record));
+        callbacks().push_back(new KVXAnimTransCallback(record, context.get()));
         animation->SetFrameCallback(record->getNode(), callbacks().back().get());
         vpe::CAnimator* animator = engine->CreateAnimator(name, animation, clock);
         animator->Enable();

@@ -8,9 +8,9 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfHostClasses.h"
-#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/video/ZVideoFFmpeg.h"
 
 #include <QCoreApplication>

@@ -1,15 +1,11 @@
 #include "KVXAnimLayeringTransCallback.h"
 
-#include "KVXAnimPlaneVisitor.h"
 #include "KVXCloneStateSetVisitor.h"
 #include "KVXNodeVisibility.h"
 
 #include "animation/KVXAnimation.h"
-#include "host/db/PfDbDocument.h"
-#include "host/db/PfDocManager.h"
 #include "host/db/PfGsView.h"
 #include "host/model/PfDbDrawingHelper.h"
-#include "host/model/PfGsUtility.h"
 #include "host/model/PfOptionContainer.h"
 #include "host/vpe/render/CViewer.h"
 
@@ -18,8 +14,6 @@
 
 namespace {
 
-constexpr double kPastTheEnd = 2.0;
-
 // Clip planes of the layer node: the sweep, the layer's top, its bottom.
 constexpr int kSweepPlane = 0;
 constexpr int kTopPlane = 1;
@@ -27,13 +21,12 @@ constexpr int kBottomPlane = 2;
 
 } // namespace
 
-KVXAnimLayeringTransCallback::KVXAnimLayeringTransCallback(KVXAnimation* animation)
-    : KVXAnimTransCallback(animation)
+KVXAnimLayeringTransCallback::KVXAnimLayeringTransCallback(KVXAnimation* animation, KVXEffectContext* context)
+    : KVXAnimTransCallback(animation, context)
 {
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    PfGsView* view = document ? document->GetActiveView() : nullptr;
+    PfGsView* view = context ? context->GetView() : nullptr;
     PfDbElement* drawn = view ? element() : nullptr;
-    vpe::CViewer* viewer = view ? view->GetViewer() : nullptr;
+    vpe::CViewer* viewer = view ? context->GetViewer() : nullptr;
     if (!drawn || !viewer || !m_node)
         return;
     m_elementNode = m_node;
@@ -81,19 +74,11 @@ bool KVXAnimLayeringTransCallback::showWholeLayer()
 
 void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time)
 {
-    if (!PfGsUtility::CurrentViewer() || !m_node)
+    if (!m_context || !m_context->GetViewer() || !m_node)
         return;
     const int layers = LayerCount();
     if (!m_layerNode || m_animation->getTranslationType() > KVXAnimation::BackToFront || layers < 2) {
-        KVXNodeVisibility::SetVisible(m_layerNode.get(), false);
-        // The plain cut takes the element's node and the cap holder over.
-        m_belowPlane.Forget();
-        bool layerCaps = false;
-        for (KVXCutCap* cap : {&m_sweepCap, &m_topCap, &m_bottomCap})
-            layerCaps = cap->Clear() || layerCaps;
-        if (layerCaps)
-            m_elementPlane.Forget();
-        KVXAnimTransCallback::operator()(node, time);
+        playWithoutLayers(node, time);
         return;
     }
     KVXNodeVisibility::SetVisible(m_layerNode.get(), true);
@@ -107,12 +92,41 @@ void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::
     if (showsWhole(when)) {
         if (showWholeLayer() || plainCap) {
             showCaps({});
-            markSceneChanged();
+            m_context->MarkSceneChanged();
         }
         return;
     }
     const int type = m_animation->getAnimationType();
     const float direction = type == KVXAnimation::Construction ? -1.0f : 1.0f;
+    float layerFraction = 0.0f;
+    const int layer = layerAt(when, layers, layerFraction);
+    // Within the layer the sweep is a plain cut's; only its place along the
+    // sweep counts, so the other coordinates of its point do not matter.
+    const KVXAnimPlane sweep = sweepPlane(layerFraction, when.nearEnd, direction);
+    KVXAnimPlane top{{0, 0, 0}, {0, 0, 1}};
+    KVXAnimPlane bottom{{0, 0, 0}, {0, 0, 1}};
+    layerBounds(type, layer, top, bottom);
+    if (applyLayer(sweep, top, bottom) || plainCap) {
+        showCaps({&m_sweepCap, &m_topCap, &m_bottomCap});
+        m_context->MarkSceneChanged();
+    }
+}
+
+void KVXAnimLayeringTransCallback::playWithoutLayers(vpe::CSceneNode* node, const vpe::CFrameTime& time)
+{
+    KVXNodeVisibility::SetVisible(m_layerNode.get(), false);
+    // The plain cut takes the element's node and the cap holder over.
+    m_belowPlane.Forget();
+    bool layerCaps = false;
+    for (KVXCutCap* cap : {&m_sweepCap, &m_topCap, &m_bottomCap})
+        layerCaps = cap->Clear() || layerCaps;
+    if (layerCaps)
+        m_elementPlane.Forget();
+    KVXAnimTransCallback::operator()(node, time);
+}
+
+int KVXAnimLayeringTransCallback::layerAt(const Timing& when, int layers, float& layerFraction)
+{
     const float layerDuration = when.duration / static_cast<float>(layers);
     // Counted in layers, truncated toward zero; a time far outside the
     // record (or a record of no duration) stays just outside the layers.
@@ -121,30 +135,13 @@ void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::
         inLayers = when.elapsed < 0.0f ? -1.0f : static_cast<float>(layers);
     inLayers = std::clamp(inLayers, -1.0f, static_cast<float>(layers));
     const auto layer = static_cast<int>(inLayers);
-    const float layerFraction = inLayers - static_cast<float>(layer);
+    layerFraction = inLayers - static_cast<float>(layer);
+    return layer;
+}
 
-    const double cx = m_centre[0], cy = m_centre[1];
-    const double sx = m_size[0], sy = m_size[1];
-    const double f = layerFraction;
-    KVXAnimPlane sweep;
-    switch (m_animation->getTranslationType()) {
-    case KVXAnimation::LeftToRight:
-        sweep = {{when.nearEnd ? cx + sx / 2 + kPastTheEnd : cx - sx / 2 + sx * f, 0, 0}, {direction, 0, 0}};
-        break;
-    case KVXAnimation::RightToLeft:
-        sweep = {{when.nearEnd ? cx - sx / 2 - kPastTheEnd : cx + sx / 2 - sx * f, 0, 0}, {-direction, 0, 0}};
-        break;
-    case KVXAnimation::FrontToBack:
-        sweep = {{0, when.nearEnd ? cy + sy / 2 + kPastTheEnd : cy - sy / 2 + sy * f, 0}, {0, direction, 0}};
-        break;
-    default:
-        sweep = {{0, when.nearEnd ? cy - sy / 2 - kPastTheEnd : cy + sy / 2 - sy * f, 0}, {0, -direction, 0}};
-        break;
-    }
-
+void KVXAnimLayeringTransCallback::layerBounds(int type, int layer, KVXAnimPlane& top, KVXAnimPlane& bottom) const
+{
     const double h = m_animation->getLayerHeight();
-    KVXAnimPlane top{{0, 0, 0}, {0, 0, 1}};
-    KVXAnimPlane bottom{{0, 0, 0}, {0, 0, 1}};
     if (type == KVXAnimation::Construction) {
         top = {{0, 0, m_bottomElevation + (layer + 1) * h}, {0, 0, -1}};
         bottom = {{0, 0, m_bottomElevation + layer * h}, {0, 0, 1}};
@@ -152,19 +149,21 @@ void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::
         top = {{0, 0, m_topElevation - layer * h}, {0, 0, -1}};
         bottom = {{0, 0, m_topElevation - (layer + 1) * h}, {0, 0, 1}};
     }
-    bool changed = m_layerPlanes[kSweepPlane].Set(m_layerNode.get(), sweep, m_box, kSweepPlane) || plainCap;
+}
+
+bool KVXAnimLayeringTransCallback::applyLayer(const KVXAnimPlane& sweep, const KVXAnimPlane& top,
+                                              const KVXAnimPlane& bottom)
+{
+    bool changed = m_layerPlanes[kSweepPlane].Set(m_layerNode.get(), sweep, m_box, kSweepPlane);
     changed = m_layerPlanes[kTopPlane].Set(m_layerNode.get(), top, m_box, kTopPlane) || changed;
     changed = m_layerPlanes[kBottomPlane].Set(m_layerNode.get(), bottom, m_box, kBottomPlane) || changed;
     changed = m_belowPlane.Set(m_elementNode.get(), {bottom.point, {0, 0, -1}}, m_box, 0) || changed;
-
     // Each cap only where the layer's solid ends: the sweep's face within
     // the layer, the layer's top over the swept part; the top of what lies
     // below is open wherever the layer is not built yet.
-    changed = m_sweepCap.Update(element(), sweep, {top, bottom}) || changed;
-    changed = m_topCap.Update(element(), top, {sweep}) || changed;
-    changed = m_bottomCap.Update(element(), bottom) || changed;
-    if (!changed)
-        return;
-    showCaps({&m_sweepCap, &m_topCap, &m_bottomCap});
-    markSceneChanged();
+    PfDbElement* drawn = element();
+    changed = m_sweepCap.Update(drawn, sweep, {top, bottom}) || changed;
+    changed = m_topCap.Update(drawn, top, {sweep}) || changed;
+    changed = m_bottomCap.Update(drawn, bottom) || changed;
+    return changed;
 }

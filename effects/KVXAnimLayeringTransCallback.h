@@ -10,7 +10,7 @@
 // what lies below it.
 class KVXAnimLayeringTransCallback : public KVXAnimTransCallback {
 public:
-    explicit KVXAnimLayeringTransCallback(KVXAnimation* animation);
+    KVXAnimLayeringTransCallback(KVXAnimation* animation, KVXEffectContext* context);
 
     void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
 
@@ -24,6 +24,17 @@ protected:
 private:
     // Takes every plane and cap of the layers away; true when any was there.
     bool showWholeLayer();
+    // The plain cut of the base class, with the layers put away.
+    void playWithoutLayers(vpe::CSceneNode* node, const vpe::CFrameTime& time);
+    // The layer under way (from 0; -1 or the count when outside) and how far
+    // along it the frame is.
+    static int layerAt(const Timing& when, int layers, float& layerFraction);
+    // The planes above and below the layer: construction counts layers from
+    // the bottom, demolition from the top; other kinds leave them as given.
+    void layerBounds(int type, int layer, KVXAnimPlane& top, KVXAnimPlane& bottom) const;
+    // Puts the three planes on the layer node, the bottom one (turned) on
+    // the element's node, and caps them; true when anything moved.
+    bool applyLayer(const KVXAnimPlane& sweep, const KVXAnimPlane& top, const KVXAnimPlane& bottom);
 
     vpe::CRefPtr<vpe::CSceneNode> m_layerNode;
     vpe::CRefPtr<vpe::CSceneNode> m_elementNode;

@@ -3,12 +3,8 @@
 #include "KVXAnimPlaneVisitor.h"
 
 #include "animation/KVXAnimation.h"
-#include "animation/KVXAnimatorManager.h"
-#include "host/db/PfDbDocument.h"
 #include "host/db/PfDbElement.h"
-#include "host/db/PfDocManager.h"
 #include "host/db/PfGsView.h"
-#include "host/model/PfGsUtility.h"
 #include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
@@ -21,22 +17,17 @@ namespace {
 // element shows whole.
 constexpr double kPastTheEnd = 2.0;
 
-float timeAt(const QDate& date)
-{
-    return static_cast<float>(KVXAnimatorManager::getInstance()->getAnimationTimeAtDate(date));
-}
-
 } // namespace
 
-KVXAnimTransCallback::KVXAnimTransCallback(KVXAnimation* animation) : m_animation(animation)
+KVXAnimTransCallback::KVXAnimTransCallback(KVXAnimation* animation, KVXEffectContext* context)
+    : m_animation(animation), m_context(context)
 {
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    PfGsView* view = document ? document->GetActiveView() : nullptr;
-    vpe::CViewer* viewer = view ? view->GetViewer() : nullptr;
+    PfGsView* view = context ? context->GetView() : nullptr;
+    vpe::CViewer* viewer = view ? context->GetViewer() : nullptr;
     if (!viewer || !animation)
         return;
     const auto objId = static_cast<PfDbHandle>(animation->getObjId());
-    if (!document->GetItem(objId))
+    if (!context->GetItem(objId))
         return;
     m_node = view->GetSceneNode(objId);
     if (!m_node)
@@ -74,19 +65,17 @@ void KVXAnimTransCallback::takeExtents()
 
 PfDbElement* KVXAnimTransCallback::element() const
 {
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    return document ? PfDbElement::Cast(document->GetItem(static_cast<PfDbHandle>(m_animation->getObjId())))
-                    : nullptr;
+    return PfDbElement::Cast(m_context->GetItem(static_cast<PfDbHandle>(m_animation->getObjId())));
 }
 
 bool KVXAnimTransCallback::timing(float time, Timing& timing) const
 {
-    const float start = timeAt(m_animation->getStartDate());
-    const float end = timeAt(m_animation->getEndDate());
+    const float start = m_context->TimeAt(m_animation->getStartDate());
+    const float end = m_context->TimeAt(m_animation->getEndDate());
     timing.duration = end - start;
     timing.elapsed = time - start;
     if (m_animation->getLoopPlayback()) {
-        if (timeAt(m_animation->getLoopEndDate()) < time)
+        if (m_context->TimeAt(m_animation->getLoopEndDate()) < time)
             return false;
         // A zero duration would never wrap: it stays where it is.
         while (timing.duration > 0.0f && timing.duration < timing.elapsed)
@@ -180,7 +169,7 @@ void KVXAnimTransCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime& t
     if (!changed)
         return;
     showCaps({&m_cap});
-    markSceneChanged();
+    m_context->MarkSceneChanged();
 }
 
 void KVXAnimTransCallback::showCaps(std::initializer_list<const KVXCutCap*> caps)
@@ -198,14 +187,4 @@ void KVXAnimTransCallback::showCaps(std::initializer_list<const KVXCutCap*> caps
         root->addChild(m_capNode.get());
     else if (!wanted && inScene)
         m_capNode->getParent(0)->removeChild(m_capNode.get());
-}
-
-void KVXAnimTransCallback::markSceneChanged()
-{
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    if (!viewer)
-        return;
-    if (vpe::CLight* sun = viewer->GetScene()->FindLight(vpe::CScene::kShadowLightName))
-        sun->SetShadowDirty(true);
-    viewer->SetDirty();
 }

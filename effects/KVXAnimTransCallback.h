@@ -3,6 +3,7 @@
 #include "KVXAnimPlane.h"
 #include "KVXAppliedPlane.h"
 #include "KVXCutCap.h"
+#include "KVXEffectContext.h"
 
 #include "host/vpe/animation/CFrameCallback.h"
 #include "host/vpe/scene/CVisualNode.h"
@@ -19,10 +20,10 @@ class PfDbElement;
 // Builds or demolishes an element with a cutting plane that crosses it over
 // the record's days: each frame the plane goes where the clock's date puts
 // it, the element is clipped there and the cut is closed with a cap in the
-// element's colour.
+// element's colour. The record's dates become times on the context's scale.
 class KVXAnimTransCallback : public vpe::CFrameCallback {
 public:
-    explicit KVXAnimTransCallback(KVXAnimation* animation);
+    KVXAnimTransCallback(KVXAnimation* animation, KVXEffectContext* context);
 
     void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
 
@@ -52,11 +53,10 @@ protected:
     KVXAnimPlane sweepPlane(float fraction, bool nearEnd, float direction) const;
     // The cap holder shows these caps (and nothing else).
     void showCaps(std::initializer_list<const KVXCutCap*> caps);
-    // The shadow light and the viewer are told that the scene changed.
-    static void markSceneChanged();
     PfDbElement* element() const;
 
     KVXAnimation* m_animation;
+    vpe::CRefPtr<KVXEffectContext> m_context;
     vpe::CRefPtr<vpe::CSceneNode> m_node;
     vpe::CRefPtr<vpe::CVisualNode> m_capNode;
     osg::observer_ptr<osg::Group> m_sceneRoot;

@@ -1,24 +1,13 @@
 #include "KVXAntiColorCallback.h"
 
 #include "animation/KVXAnimation.h"
-#include "animation/KVXAnimatorManager.h"
-#include "host/model/PfGsUtility.h"
+#include "host/vpe/render/CViewer.h"
 #include "host/vpe/scene/CRefGroupNode.h"
 #include "host/vpe/scene/CRefVisualNode.h"
 #include "host/vpe/scene/CStateSet.h"
-#include "host/vpe/render/CViewer.h"
 
-namespace {
-
-float timeAt(const QDate& date)
-{
-    return static_cast<float>(KVXAnimatorManager::getInstance()->getAnimationTimeAtDate(date));
-}
-
-} // namespace
-
-KVXAntiColorCallback::KVXAntiColorCallback(vpe::CSceneNode* node, KVXAnimation* animation)
-    : m_node(node), m_animation(animation)
+KVXAntiColorCallback::KVXAntiColorCallback(vpe::CSceneNode* node, KVXAnimation* animation, KVXEffectContext* context)
+    : m_node(node), m_animation(animation), m_context(context)
 {
 }
 
@@ -40,12 +29,13 @@ vpe::CStateSet* KVXAntiColorCallback::CreateEmphasisStateSet()
 
 void KVXAntiColorCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime& time)
 {
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    vpe::CViewer* viewer = m_context ? m_context->GetViewer() : nullptr;
     osg::Group* root = viewer ? viewer->GetScene()->GetRootNode() : nullptr;
     if (!root || !m_animation)
         return;
-    const float start = timeAt(m_animation->getStartDate());
-    const float last = timeAt(m_animation->getLoopPlayback() ? m_animation->getLoopEndDate() : m_animation->getEndDate());
+    const float start = m_context->TimeAt(m_animation->getStartDate());
+    const float last =
+        m_context->TimeAt(m_animation->getLoopPlayback() ? m_animation->getLoopEndDate() : m_animation->getEndDate());
     if (time.time < start || time.time > last)
         return;
     const int phase = m_frameCounter % kPeriodFrames;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KVXEffectContext.h"
+
 #include "host/vpe/animation/CFrameCallback.h"
 
 class KVXAnimation;
@@ -15,13 +17,14 @@ class CStateSet;
 // Makes an element blink in see-through red while its emphasis record is
 // within its days: an overlay that shares the element's geometry is shown
 // for 20 frames and taken away for 20, the element's own look untouched. The
-// red shows through whatever stands in front of the element.
+// red shows through whatever stands in front of the element. It draws in
+// the context's viewer, on the context's time scale.
 class KVXAntiColorCallback : public vpe::CFrameCallback {
 public:
     static constexpr int kPeriodFrames = 40;
     static constexpr int kShownFrames = 20;
 
-    KVXAntiColorCallback(vpe::CSceneNode* node, KVXAnimation* animation);
+    KVXAntiColorCallback(vpe::CSceneNode* node, KVXAnimation* animation, KVXEffectContext* context);
 
     void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
 
@@ -40,6 +43,7 @@ private:
 
     vpe::CSceneNode* m_node;
     KVXAnimation* m_animation;
+    vpe::CRefPtr<KVXEffectContext> m_context;
     vpe::CRefPtr<vpe::CSceneNode> m_overlay;
     int m_frameCounter = 0;
 };

@@ -3,10 +3,10 @@
 #include "host/model/KVXElementObject.h"
 #include "host/model/PfOptionContainer.h"
 #include "host/vpe/geometry/CPlane.h"
-#include "host/vpe/scene/CPrimitiveRenderable.h"
 #include "host/vpe/geometry/CSection.h"
-#include "host/vpe/scene/CStateSet.h"
 #include "host/vpe/geometry/GBodyBuilder.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
+#include "host/vpe/scene/CStateSet.h"
 
 #include <algorithm>
 #include <cstring>

@@ -5,8 +5,8 @@
 #include "host/vpe/geometry/CBodySlicer.h"
 #include "host/vpe/geometry/CBooleanOperate.h"
 #include "host/vpe/geometry/CPlane.h"
-#include "host/vpe/scene/CPrimitiveRenderable.h"
 #include "host/vpe/geometry/CSection.h"
+#include "host/vpe/scene/CPrimitiveRenderable.h"
 #include "host/vpe/scene/CStateSetManager.h"
 
 KVXCutCap::KVXCutCap() = default;

@@ -4,34 +4,24 @@
 #include "KVXCloneStateSetVisitor.h"
 #include "KVXNodeVisibility.h"
 
-#include "animation/KVXAnimatorManager.h"
 #include "animation/KVXTowerAnimation.h"
 #include "host/db/PfDbDatabase.h"
-#include "host/db/PfDbDocument.h"
-#include "host/db/PfDocManager.h"
 #include "host/db/PfGsView.h"
 #include "host/model/KVXTowerCraneObject.h"
-#include "host/model/PfGsUtility.h"
-#include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
+#include <osg/Math>
 
 #include <cmath>
 
 namespace {
 
 // A tenth of pi radians (18 degrees) per second.
-constexpr double kSlewSpeed = 0.31415927;
-constexpr double kDegreesToRadians = 0.017453292;
+const double kSlewSpeed = osg::PI / 10.0;
 // A wall tie shows once the upper works have climbed this far above it.
 constexpr double kTieClearance = 6000.0;
 // The time the first pose is taken at: just after the schedule's start.
 constexpr float kInitialPoseTime = 0.001f;
-
-float timeAt(const QDate& date)
-{
-    return static_cast<float>(KVXAnimatorManager::getInstance()->getAnimationTimeAtDate(date));
-}
 
 osg::BoundingBox boundsOf(osg::Node* node)
 {
@@ -42,22 +32,21 @@ osg::BoundingBox boundsOf(osg::Node* node)
 
 } // namespace
 
-KVXTowerRotateCallback::KVXTowerRotateCallback(KVXAnimation* animation) : m_animation(animation)
+KVXTowerRotateCallback::KVXTowerRotateCallback(KVXAnimation* animation, KVXEffectContext* context)
+    : m_animation(animation), m_context(context)
 {
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    if (!document || !animation)
+    if (!context || !animation)
         return;
-    m_crane = KVXTowerCraneObject::Cast(document->GetItem(static_cast<PfDbHandle>(animation->getObjId())));
+    m_crane = KVXTowerCraneObject::Cast(context->GetItem(static_cast<PfDbHandle>(animation->getObjId())));
     if (!m_crane)
         return;
-    m_database = document->GetDatabase();
     m_craneHandle = m_crane->GetHandle();
     m_inactive = m_crane->GetBeingAnimated() != 0;
     if (m_inactive)
         return;
     m_crane->SetBeingAnimated(1);
-    m_startTime = timeAt(animation->getStartDate());
-    m_endTime = timeAt(animation->getLoopPlayback() ? animation->getLoopEndDate() : animation->getEndDate());
+    m_startTime = context->TimeAt(animation->getStartDate());
+    m_endTime = context->TimeAt(animation->getLoopPlayback() ? animation->getLoopEndDate() : animation->getEndDate());
     m_duration = m_endTime - m_startTime;
     if (restructure() && hasLiftingData())
         setInitialPose();
@@ -74,11 +63,9 @@ KVXTowerRotateCallback::~KVXTowerRotateCallback()
 
 KVXTowerCraneObject* KVXTowerRotateCallback::liveCrane() const
 {
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
-    if (!document || document->GetDatabase() != m_database)
-        return nullptr;
+    PfDbDatabase* database = m_context->GetDatabase();
     // Erased or not, the object stays in its database.
-    return KVXTowerCraneObject::Cast(document->GetDatabase()->OpenObject(m_craneHandle, true));
+    return database ? KVXTowerCraneObject::Cast(database->OpenObject(m_craneHandle, true)) : nullptr;
 }
 
 bool KVXTowerRotateCallback::hasLiftingData() const
@@ -89,7 +76,7 @@ bool KVXTowerRotateCallback::hasLiftingData() const
 
 bool KVXTowerRotateCallback::restructure()
 {
-    PfGsView* view = PfGsUtility::ActiveView();
+    PfGsView* view = m_context->GetView();
     auto* group = view ? dynamic_cast<vpe::CGroupNode*>(view->GetSceneNode(m_crane->GetHandle())) : nullptr;
     if (!group || group->getNumParents() == 0 || group->getNumChildren() < 4)
         return false;
@@ -166,7 +153,7 @@ bool KVXTowerRotateCallback::LiftingHeight(float time, int& height) const
         }
     }
     for (const KVXTowerLiftingData& step : steps) {
-        if (timeAt(step.date) < time && step.date > best) {
+        if (m_context->TimeAt(step.date) < time && step.date > best) {
             best = step.date;
             chosen = &step;
         }
@@ -189,7 +176,7 @@ double KVXTowerRotateCallback::SlewAngle(double elapsed) const
     const double start = m_animation->getStartAngle();
     const double end = m_animation->getEndAngle();
     const auto span = static_cast<float>(std::fabs(end - start));
-    const double sweepTime = (span / 360.0 * 3.1415927 * 2.0) / kSlewSpeed;
+    const double sweepTime = osg::DegreesToRadians(static_cast<double>(span)) / kSlewSpeed;
     if (!(sweepTime > 0.0) || elapsed <= 0.0)
         return start;
     // Whole sweeps done, and the time into the current one.
@@ -206,7 +193,7 @@ osg::Matrixd KVXTowerRotateCallback::slewMatrix(double elapsed) const
 {
     const osg::Vec3d axisPoint(m_crane->GetPosition().x(), m_crane->GetPosition().y(), 0.0);
     return osg::Matrixd::translate(-axisPoint) *
-           osg::Matrixd::rotate(SlewAngle(elapsed) * kDegreesToRadians, osg::Vec3d(0, 0, 1)) *
+           osg::Matrixd::rotate(osg::DegreesToRadians(SlewAngle(elapsed)), osg::Vec3d(0, 0, 1)) *
            osg::Matrixd::translate(axisPoint);
 }
 
@@ -242,7 +229,7 @@ void KVXTowerRotateCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime&
         KVXNodeVisibility::SetVisible(m_craneRoot.get(), false);
         return;
     }
-    if (tower->GetIsDismantle() && t > timeAt(tower->GetDismantleDate())) {
+    if (tower->GetIsDismantle() && t > m_context->TimeAt(tower->GetDismantleDate())) {
         KVXNodeVisibility::SetVisible(m_craneRoot.get(), false);
         return;
     }
@@ -256,6 +243,5 @@ void KVXTowerRotateCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime&
     if (LiftingHeight(t, height))
         clipMast(height);
     updateWallTies();
-    if (vpe::CViewer* viewer = PfGsUtility::CurrentViewer())
-        viewer->SetDirty();
+    m_context->MarkViewerDirty();
 }

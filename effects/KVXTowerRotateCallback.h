@@ -1,5 +1,7 @@
 #pragma once
 
+#include "KVXEffectContext.h"
+
 #include "host/db/PfDbHandle.h"
 #include "host/vpe/animation/CFrameCallback.h"
 #include "host/vpe/scene/CGroupNode.h"
@@ -9,7 +11,6 @@
 class KVXAnimation;
 class KVXTowerAnimation;
 class KVXTowerCraneObject;
-class PfDbDatabase;
 
 // Plays a tower crane's record: the jib slews back and forth between the
 // record's angles at a tenth of pi radians per second, the upper works stand
@@ -20,7 +21,7 @@ class PfDbDatabase;
 // callback lives, and put back when it dies.
 class KVXTowerRotateCallback : public vpe::CFrameCallback {
 public:
-    explicit KVXTowerRotateCallback(KVXAnimation* animation);
+    KVXTowerRotateCallback(KVXAnimation* animation, KVXEffectContext* context);
 
     void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
 
@@ -50,10 +51,11 @@ private:
     void clipMast(int height);
     void updateWallTies();
     bool hasLiftingData() const;
-    // The crane element while its document is current; null once it is gone.
+    // The crane element while its database lives; null once it is gone.
     KVXTowerCraneObject* liveCrane() const;
 
     KVXAnimation* m_animation;
+    vpe::CRefPtr<KVXEffectContext> m_context;
     vpe::CRefPtr<vpe::CGroupNode> m_jibNode;
     vpe::CRefPtr<vpe::CGroupNode> m_upperNode;
     vpe::CRefPtr<vpe::CGroupNode> m_mastNode;
@@ -62,9 +64,8 @@ private:
     vpe::CRefPtr<vpe::CGroupNode> m_craneRoot;
     KVXTowerCraneObject* m_crane = nullptr;
     // The callback may outlive the crane's document (a viewer kept alive):
-    // the crane is found again by its database and handle before it is
-    // touched at the end.
-    const PfDbDatabase* m_database = nullptr;
+    // the crane is found again through the context before it is touched at
+    // the end.
     PfDbHandle m_craneHandle = kPfDbNullHandle;
     float m_startTime = 0.0f;
     float m_endTime = 0.0f;

@@ -4,8 +4,6 @@
 #include "KVXDateEditDialog.h"
 #include "KVXDateTimeLineScrollButton.h"
 
-#include "keyframe/KVXKeyFrameAnimationManager.h"
-
 #include <QContextMenuEvent>
 #include <QDateEdit>
 #include <QHBoxLayout>
@@ -30,8 +28,6 @@ KVXDateTimeLineWidget::KVXDateTimeLineWidget(QWidget* parent)
                        connect(m_grid, SIGNAL(userMovedIndicator(QDate)), this, SIGNAL(indicatorChanged(QDate)));
     Q_ASSERT(wired);
     Q_UNUSED(wired);
-    // The schedule's clocks move this timeline while the schedule plays.
-    KVXKeyFrameAnimationManager::SetDateLineWidget(this);
 }
 
 void KVXDateTimeLineWidget::SetIndicator(const QDate& date) { m_grid->SetIndicator(date, false); }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "keyframe/KVXDateIndicator.h"
+
 #include <QDate>
 #include <QWidget>
 
@@ -12,14 +14,15 @@ class QMenu;
 // between two scroll buttons. The user scrubs the schedule by clicking,
 // dragging or stepping the indicator (each move plays the schedule at that
 // date and emits indicatorChanged); the date clock moves it silently while
-// the schedule plays. Its context menu jumps to a typed date.
-class KVXDateTimeLineWidget : public QWidget {
+// the schedule plays, once it is given to the key-frame animation manager's
+// SetDateLineWidget. Its context menu jumps to a typed date.
+class KVXDateTimeLineWidget : public QWidget, public KVXDateIndicator {
     Q_OBJECT
 public:
     explicit KVXDateTimeLineWidget(QWidget* parent = nullptr);
 
     // Silent: for the playing clock.
-    Q_INVOKABLE void SetIndicator(const QDate& date);
+    void SetIndicator(const QDate& date) override;
     QDate GetIndicator() const;
     void SetEditable(bool editable);
     bool GetEditable() const;

@@ -1,8 +1,6 @@
 #include "KVXCameraAnimationClockTimer.h"
 
-#include "KVXKeyFrameAnimationManager.h"
-
-#include <QMetaObject>
+#include "KVXKeyFramePlayback.h"
 
 KVXCameraAnimationClockTimer::KVXCameraAnimationClockTimer(vpe::CRefPtr<vpe::CClock> clock, std::string name)
     : KVXFreeazbleClockTimer(std::move(clock), std::move(name))
@@ -14,13 +12,12 @@ void KVXCameraAnimationClockTimer::Update(unsigned int message, void* data)
     KVXFreeazbleClockTimer::Update(message, data);
     if (IsFrozen())
         return;
-    if (m_timeLineWidget) {
+    if (KVXTimeIndicator* timeLine = m_timeLine.get()) {
         const auto milliseconds = static_cast<unsigned int>(static_cast<qint64>(GetValue() * 1000.0));
-        QMetaObject::invokeMethod(m_timeLineWidget, "SetTimeIndicator", Qt::DirectConnection,
-                                  Q_ARG(unsigned int, milliseconds));
+        timeLine->SetTimeIndicator(milliseconds);
     }
-    if (!IsPaused() && GetEndTime() > 0.0 && GetValue() > GetEndTime())
-        KVXKeyFrameAnimationManager::GetInstance()->StopAnimation();
+    if (m_keyFrames && !IsPaused() && GetEndTime() > 0.0 && GetValue() > GetEndTime())
+        m_keyFrames->StopAnimation();
 }
 
 KVXCameraAnimationClockTimer* KVXCameraAnimationClockTimer::GetOrCreate(const std::string& name)

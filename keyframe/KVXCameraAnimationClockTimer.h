@@ -1,22 +1,23 @@
 #pragma once
 
 #include "KVXFreeazbleClockTimer.h"
+#include "KVXIndicatorLink.h"
+#include "KVXTimeIndicator.h"
 
-#include <QObject>
-#include <QPointer>
+class KVXKeyFramePlayback;
 
 // Drives camera key-frame playback: each tick moves the key-frame timeline's
-// indicator to the clock's time in milliseconds and stops the camera
-// animation once its end is passed.
+// indicator to the clock's time in milliseconds, and once the end is passed
+// key-frame playback (which gives itself to the clock) stops the animation.
 class KVXCameraAnimationClockTimer : public KVXFreeazbleClockTimer {
 public:
     KVXCameraAnimationClockTimer(vpe::CRefPtr<vpe::CClock> clock, std::string name);
 
-    // The timeline is called through its invokable
-    // SetTimeIndicator(unsigned int milliseconds); a timeline that goes away
-    // is simply no longer called.
-    void SetTimeLineWidget(QObject* timeLine) { m_timeLineWidget = timeLine; }
-    QObject* GetTimeLineWidget() const { return m_timeLineWidget; }
+    // A timeline that goes away is no longer called.
+    void SetTimeLineWidget(KVXTimeIndicator* timeLine) { m_timeLine = KVXIndicatorLink(timeLine); }
+    KVXTimeIndicator* GetTimeLineWidget() const { return m_timeLine.get(); }
+    // Lives as long as the process (the manager is never destroyed).
+    void SetKeyFramePlayback(KVXKeyFramePlayback* keyFrames) { m_keyFrames = keyFrames; }
 
     void Update(unsigned int message, void* data) override;
 
@@ -26,5 +27,6 @@ protected:
     ~KVXCameraAnimationClockTimer() override = default;
 
 private:
-    QPointer<QObject> m_timeLineWidget;
+    KVXIndicatorLink<KVXTimeIndicator> m_timeLine;
+    KVXKeyFramePlayback* m_keyFrames = nullptr;
 };

@@ -3,9 +3,9 @@
 #include "host/db/KVXSaveLoadXml.h"
 #include "host/model/KVXGlobalInfo.h"
 #include "host/model/PfGsUtility.h"
+#include "host/rx/PfRxClass.h"
 #include "host/vpe/render/CScreenshoter.h"
 #include "host/vpe/render/CViewer.h"
-#include "host/rx/PfRxClass.h"
 
 #include <cmath>
 #include <limits>

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "KVXKeyFrame.h"
-#include "host/vpe/scene/CCamera.h"
 #include "host/vpe/core/CMatrix4.h"
 #include "host/vpe/core/CQuaternion.h"
+#include "host/vpe/scene/CCamera.h"
 
 #include <string>
 

@@ -1,11 +1,7 @@
 #include "KVXDateAnimationClockTimer.h"
 
-#include "KVXKeyFrameAnimationManager.h"
-#include "animation/KVXAnimatorManager.h"
-#include "host/model/PfGsUtility.h"
-#include "host/vpe/render/CViewer.h"
-
-#include <QMetaObject>
+#include "KVXKeyFramePlayback.h"
+#include "KVXSchedulePlayback.h"
 
 KVXDateAnimationClockTimer::KVXDateAnimationClockTimer(vpe::CRefPtr<vpe::CClock> clock, std::string name)
     : KVXFreeazbleClockTimer(std::move(clock), std::move(name))
@@ -47,21 +43,18 @@ void KVXDateAnimationClockTimer::FreezeAtDate(const QDate& date)
 void KVXDateAnimationClockTimer::Update(unsigned int message, void* data)
 {
     KVXFreeazbleClockTimer::Update(message, data);
-    m_value = KVXKeyFrameAnimationManager::GetInstance()->UpdateDateClockTimerByCameraClockTimer(m_value);
-    if (!IsPaused() && m_dateTimeLineWidget) {
-        QMetaObject::invokeMethod(m_dateTimeLineWidget, "SetIndicator", Qt::DirectConnection,
-                                  Q_ARG(QDate, DateForTime(m_value)));
-    }
-    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    if (m_keyFrames)
+        m_value = m_keyFrames->UpdateDateClockTimerByCameraClockTimer(m_value);
+    if (KVXDateIndicator* dateTimeLine = m_dateTimeLine.get(); dateTimeLine && !IsPaused())
+        dateTimeLine->SetIndicator(DateForTime(m_value));
+    if (!m_schedule)
+        return;
     // No test of a positive end time: with an empty range any time ends a
     // preview.
-    if (GetValue() > GetEndTime() && schedule->isPreviewing())
-        schedule->stopSlot();
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    if (!IsPaused() && viewer) {
-        schedule->startAnimators();
-        viewer->SetDirty();
-    }
+    if (GetValue() > GetEndTime() && m_schedule->isPreviewing())
+        m_schedule->stopSlot();
+    if (!IsPaused())
+        m_schedule->startAnimators();
 }
 
 KVXDateAnimationClockTimer* KVXDateAnimationClockTimer::GetOrCreate(const std::string& name)

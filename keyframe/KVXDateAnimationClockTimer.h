@@ -1,16 +1,21 @@
 #pragma once
 
+#include "KVXDateIndicator.h"
 #include "KVXFreeazbleClockTimer.h"
+#include "KVXIndicatorLink.h"
 
 #include <QDate>
-#include <QObject>
-#include <QPointer>
+
+class KVXKeyFramePlayback;
+class KVXSchedulePlayback;
 
 // Drives schedule playback. Its time maps linearly onto a date range (the
 // schedule's span, whose length in seconds is the end time); while a camera
-// animation with date key frames plays it follows the camera clock. Each
-// running tick moves the date timeline's indicator and has the schedule
-// manager evaluate its animators; a preview stops once its end is passed.
+// animation with date key frames plays it follows the camera clock through
+// key-frame playback. Each running tick moves the date timeline's indicator
+// and has schedule playback re-enable its animators; a preview stops once
+// its end is passed. Both playbacks live above the clocks and give
+// themselves to this one when they take it; without them it only keeps time.
 class KVXDateAnimationClockTimer : public KVXFreeazbleClockTimer {
 public:
     KVXDateAnimationClockTimer(vpe::CRefPtr<vpe::CClock> clock, std::string name);
@@ -18,11 +23,12 @@ public:
     void SetDateRange(const QDate& start, const QDate& end);
     const QDate& GetStartDate() const { return m_startDate; }
     const QDate& GetEndDate() const { return m_endDate; }
-    // The date timeline is called through its invokable
-    // SetIndicator(const QDate&); a timeline that goes away is no longer
-    // called.
-    void SetDateTimeLineWidget(QObject* dateTimeLine) { m_dateTimeLineWidget = dateTimeLine; }
-    QObject* GetDateTimeLineWidget() const { return m_dateTimeLineWidget; }
+    // A timeline that goes away is no longer called.
+    void SetDateTimeLineWidget(KVXDateIndicator* dateTimeLine) { m_dateTimeLine = KVXIndicatorLink(dateTimeLine); }
+    KVXDateIndicator* GetDateTimeLineWidget() const { return m_dateTimeLine.get(); }
+    // Both live as long as the process (the managers are never destroyed).
+    void SetSchedulePlayback(KVXSchedulePlayback* schedule) { m_schedule = schedule; }
+    void SetKeyFramePlayback(KVXKeyFramePlayback* keyFrames) { m_keyFrames = keyFrames; }
 
     // Neither clamps: dates outside the range give times outside
     // [0, end time] and the other way round.
@@ -42,5 +48,7 @@ private:
 
     QDate m_startDate;
     QDate m_endDate;
-    QPointer<QObject> m_dateTimeLineWidget;
+    KVXIndicatorLink<KVXDateIndicator> m_dateTimeLine;
+    KVXSchedulePlayback* m_schedule = nullptr;
+    KVXKeyFramePlayback* m_keyFrames = nullptr;
 };

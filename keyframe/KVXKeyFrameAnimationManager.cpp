@@ -10,13 +10,11 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsUtility.h"
 #include "host/vpe/animation/CClockTimerManager.h"
-#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 
-#include <QMetaObject>
-
-QPointer<QObject> KVXKeyFrameAnimationManager::s_timeLineWidget;
-QPointer<QObject> KVXKeyFrameAnimationManager::s_dateLineWidget;
+KVXIndicatorLink<KVXTimeIndicator> KVXKeyFrameAnimationManager::s_timeLineWidget;
+KVXIndicatorLink<KVXDateIndicator> KVXKeyFrameAnimationManager::s_dateLineWidget;
 
 KVXKeyFrameAnimationManager::KVXKeyFrameAnimationManager()
 {
@@ -27,6 +25,29 @@ KVXKeyFrameAnimationManager* KVXKeyFrameAnimationManager::GetInstance()
 {
     static KVXKeyFrameAnimationManager* instance = new KVXKeyFrameAnimationManager();
     return instance;
+}
+
+void KVXKeyFrameAnimationManager::SetTimeLineWidget(KVXTimeIndicator* timeLine)
+{
+    s_timeLineWidget = KVXIndicatorLink(timeLine);
+}
+
+void KVXKeyFrameAnimationManager::SetDateLineWidget(KVXDateIndicator* dateLine)
+{
+    s_dateLineWidget = KVXIndicatorLink(dateLine);
+}
+
+KVXDateAnimationClockTimer* KVXKeyFrameAnimationManager::DateClock()
+{
+    KVXDateAnimationClockTimer* clock =
+        KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
+    if (!clock)
+        return nullptr;
+    clock->SetKeyFramePlayback(GetInstance());
+    clock->SetSchedulePlayback(KVXAnimatorManager::getInstance());
+    if (!clock->GetDateTimeLineWidget())
+        clock->SetDateTimeLineWidget(GetDateLineWidget());
+    return clock;
 }
 
 void KVXKeyFrameAnimationManager::InitAnimationData()
@@ -51,12 +72,13 @@ void KVXKeyFrameAnimationManager::initClockTimers()
     uninitClockTimers();
     m_cameraClock = KVXCameraAnimationClockTimer::GetOrCreate(KVXAnimationNames::kCameraAnimationClockTimer);
     if (m_cameraClock) {
-        m_cameraClock->SetTimeLineWidget(s_timeLineWidget);
+        m_cameraClock->SetTimeLineWidget(GetTimeLineWidget());
+        m_cameraClock->SetKeyFramePlayback(this);
         m_cameraClock->Pause(true);
     }
-    m_dateClock = KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
+    m_dateClock = DateClock();
     if (m_dateClock) {
-        m_dateClock->SetDateTimeLineWidget(s_dateLineWidget);
+        m_dateClock->SetDateTimeLineWidget(GetDateLineWidget());
         m_dateClock->Pause(true);
     }
 }
@@ -93,9 +115,8 @@ void KVXKeyFrameAnimationManager::StopAnimation()
         return;
     if (m_cameraClock)
         m_cameraClock->Rewind();
-    if (s_timeLineWidget)
-        QMetaObject::invokeMethod(s_timeLineWidget, "SetTimeIndicator", Qt::DirectConnection,
-                                  Q_ARG(unsigned int, 0u));
+    if (KVXTimeIndicator* timeLine = GetTimeLineWidget())
+        timeLine->SetTimeIndicator(0);
     if (m_cameraClock)
         m_cameraClock->Pause(true);
     deleteCameraAnimator();

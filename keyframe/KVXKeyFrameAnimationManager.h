@@ -2,19 +2,19 @@
 
 #include "KVXCameraAnimationClockTimer.h"
 #include "KVXDateAnimationClockTimer.h"
+#include "KVXIndicatorLink.h"
+#include "KVXKeyFramePlayback.h"
 
 #include "host/vpe/animation/CClockTimer.h"
-
-#include <QObject>
-#include <QPointer>
 
 class KVXCameraKeyFramesTrack;
 class KVXDateKeyFramesTrack;
 
 // The process's controller of camera key-frame animation: the project's two
 // key-frame tracks, the clocks that play them, and the mapping that lets the
-// schedule's date clock follow the camera through the date key frames.
-class KVXKeyFrameAnimationManager {
+// schedule's date clock follow the camera through the date key frames. It
+// gives itself to the clocks it sets up as their key-frame playback.
+class KVXKeyFrameAnimationManager : public KVXKeyFramePlayback {
 public:
     enum PlayState { Stopped = 0, Playing = 1, Paused = 2 };
 
@@ -28,7 +28,7 @@ public:
     // Back to the start: the camera clock rewound and paused, the camera
     // animation dropped, the date clock rewound and a playing schedule
     // stopped.
-    void StopAnimation();
+    void StopAnimation() override;
 
     PlayState GetPlayState() const { return m_playState; }
     void SetPlayState(PlayState state) { m_playState = state; }
@@ -38,7 +38,7 @@ public:
     // The date clock's time at the moment the camera (or the video) clock
     // has reached, from the date key frames around it; t unchanged when no
     // camera animation with at least two date key frames drives the dates.
-    double UpdateDateClockTimerByCameraClockTimer(double t);
+    double UpdateDateClockTimerByCameraClockTimer(double t) override;
 
     KVXCameraKeyFramesTrack* GetCameraKeyFramesTrack() const { return m_cameraTrack; }
     KVXDateKeyFramesTrack* GetDateKeyFramesTrack() const { return m_dateTrack; }
@@ -47,12 +47,17 @@ public:
     // The clock of a video export; null until video export sets one up.
     vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock.get(); }
 
-    // The key-frame timeline (with an invokable SetTimeIndicator(unsigned
-    // int)) and the date timeline (with SetIndicator(QDate)) the clocks move.
-    static void SetTimeLineWidget(QObject* timeLine) { s_timeLineWidget = timeLine; }
-    static QObject* GetTimeLineWidget() { return s_timeLineWidget; }
-    static void SetDateLineWidget(QObject* dateLine) { s_dateLineWidget = dateLine; }
-    static QObject* GetDateLineWidget() { return s_dateLineWidget; }
+    // The key-frame timeline and the date timeline the clocks move, set by
+    // whoever shows them (the application, a test, the command line);
+    // clocks set up from then on move them. Null once the widget is gone.
+    static void SetTimeLineWidget(KVXTimeIndicator* timeLine);
+    static KVXTimeIndicator* GetTimeLineWidget() { return s_timeLineWidget.get(); }
+    static void SetDateLineWidget(KVXDateIndicator* dateLine);
+    static KVXDateIndicator* GetDateLineWidget() { return s_dateLineWidget.get(); }
+    // The shared date clock on the current viewer (null without one), made
+    // when missing, with both playbacks and, when it has none, the date
+    // timeline.
+    static KVXDateAnimationClockTimer* DateClock();
 
 private:
     KVXKeyFrameAnimationManager();
@@ -74,6 +79,6 @@ private:
     vpe::CRefPtr<vpe::CClockTimer> m_videoClock;
     PlayState m_playState = Stopped;
 
-    static QPointer<QObject> s_timeLineWidget;
-    static QPointer<QObject> s_dateLineWidget;
+    static KVXIndicatorLink<KVXTimeIndicator> s_timeLineWidget;
+    static KVXIndicatorLink<KVXDateIndicator> s_dateLineWidget;
 };

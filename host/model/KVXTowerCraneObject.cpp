@@ -3,8 +3,8 @@
 #include "KVXDrawHelper.h"
 #include "KVXMeshBuilder.h"
 #include "host/db/KVXSaveLoadXml.h"
-#include "host/vpe/scene/CGroupNode.h"
 #include "host/rx/PfRxClass.h"
+#include "host/vpe/scene/CGroupNode.h"
 
 #include <algorithm>
 

@@ -5,8 +5,8 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfGsModelView.h"
-#include "host/vpe/scene/CVectorText2D.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CVectorText2D.h"
 
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"

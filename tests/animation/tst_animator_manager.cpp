@@ -1,5 +1,5 @@
-#include "animation/KVXAnimatorManager.h"
 #include "animation/KVXAnimationNames.h"
+#include "animation/KVXAnimatorManager.h"
 #include "animation/KVXTowerAnimation.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"

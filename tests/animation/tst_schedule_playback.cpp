@@ -6,10 +6,11 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfGsModelView.h"
-#include "host/vpe/scene/CStateSet.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CStateSet.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 
+#include "tests/support/FixedStepTimeSource.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 
@@ -34,6 +35,8 @@ protected:
         document = PfDocManagerPtr()->NewDocument();
         view = PfGsModelView::Attach(document);
         viewer = view->GetViewer();
+        // Only the test's own ticks move the clocks.
+        viewer->SetTimeSource(new FixedStepTimeSource);
         viewer->GetScene()->SetShadowsEnabled(false);
     }
     void TearDown() override

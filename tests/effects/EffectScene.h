@@ -2,6 +2,7 @@
 
 #include "animation/KVXAnimationNames.h"
 #include "animation/KVXAnimatorManager.h"
+#include "effects/KVXEffectContext.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbObjContainer.h"
@@ -10,6 +11,7 @@
 #include "host/model/PfGsModelView.h"
 #include "host/vpe/render/CViewer.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
+#include "tests/support/FixedStepTimeSource.h"
 
 #include <QDir>
 #include <QImage>
@@ -31,6 +33,7 @@ protected:
         document = PfDocManagerPtr()->NewDocument();
         view = PfGsModelView::Attach(document);
         viewer = view->GetViewer();
+        viewer->SetTimeSource(new FixedStepTimeSource);
         viewer->GetScene()->SetShadowsEnabled(false);
     }
     void TearDown() override
@@ -58,6 +61,13 @@ protected:
         record->setEndDate(end);
         manager()->updateAllAnimationsDateRange();
         return record;
+    }
+
+    // What playback hands its callbacks: this document and viewer, the
+    // schedule's time scale.
+    vpe::CRefPtr<KVXEffectContext> context() const
+    {
+        return new KVXEffectContext(document, viewer, manager()->getTimeScale());
     }
 
     // The record's engine animation with the callback, on the date clock.

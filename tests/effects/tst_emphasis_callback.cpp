@@ -24,7 +24,7 @@ protected:
         shed = addBox({0, 0, 0}, {4000, 4000, 3000}, QColor(90, 160, 90));
         wall = addBox({-3000, -3000, 0}, {7000, -2800, 4000}, QColor(150, 150, 150));
         record = addRecord(shed, KVXAnimation::Emphasis, KVXAnimation::LeftToRight, kStart, kEnd);
-        callback = new KVXAntiColorCallback(record->getNode(), record);
+        callback = new KVXAntiColorCallback(record->getNode(), record, context().get());
         play(record, callback.get());
     }
     QColor shedColourSeen()
@@ -89,7 +89,7 @@ TEST_F(EmphasisCallback, theElementsOwnLookIsUntouched)
 TEST_F(EmphasisCallback, aNodeThatIsNeitherVisualNorGroupShowsNothing)
 {
     vpe::CRefPtr<osg::Group> plain = new osg::Group;
-    vpe::CRefPtr<KVXAntiColorCallback> odd = new KVXAntiColorCallback(plain.get(), record);
+    vpe::CRefPtr<KVXAntiColorCallback> odd = new KVXAntiColorCallback(plain.get(), record, context().get());
     (*odd)(plain.get(), vpe::CFrameTime{1.0f, 1});
     EXPECT_EQ(odd->GetOverlay(), nullptr);
     EXPECT_EQ(odd->GetFrameCounter(), 1);

@@ -25,7 +25,7 @@ protected:
         record = addRecord(slab, type, translation, kStart, kEnd);
         record->setIsLayering(true);
         record->setLayerHeight(layerHeight);
-        callback = new KVXAnimLayeringTransCallback(record);
+        callback = new KVXAnimLayeringTransCallback(record, context().get());
         play(record, callback.get());
         return callback.get();
     }

@@ -36,7 +36,7 @@ protected:
     }
     KVXTowerRotateCallback* start()
     {
-        callback = new KVXTowerRotateCallback(record);
+        callback = new KVXTowerRotateCallback(record, context().get());
         play(record, callback.get());
         return callback.get();
     }
@@ -148,7 +148,7 @@ TEST_F(TowerCallback, oneCallbackPerCraneAndEverythingPutBack)
     start();
     EXPECT_EQ(group->getNumChildren(), 0u);
     EXPECT_EQ(crane->GetBeingAnimated(), 1);
-    vpe::CRefPtr<KVXTowerRotateCallback> second = new KVXTowerRotateCallback(record);
+    vpe::CRefPtr<KVXTowerRotateCallback> second = new KVXTowerRotateCallback(record, context().get());
     EXPECT_TRUE(second->IsInactive());
     second = nullptr;
     EXPECT_EQ(crane->GetBeingAnimated(), 1) << "the inactive one leaves the byte alone";

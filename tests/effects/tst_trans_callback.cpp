@@ -25,7 +25,7 @@ protected:
     KVXAnimTransCallback* start(KVXAnimation::AnimType type, KVXAnimation::TranslationType translation)
     {
         record = addRecord(wall, type, translation, kStart, kEnd);
-        vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(record);
+        vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(record, context().get());
         play(record, callback.get());
         return callback.get();
     }
@@ -150,7 +150,7 @@ TEST_F(TransCallback, translationOutsideTheKnownOnesCutsAtGroundLevel)
 TEST_F(TransCallback, zeroDurationIsWholeAtItsDayAndAfter)
 {
     record = addRecord(wall, KVXAnimation::Construction, KVXAnimation::LeftToRight, kStart, kStart);
-    vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(record);
+    vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(record, context().get());
     play(record, callback.get());
     evaluateAt(kStart);
     QImage picture = render(*front);
@@ -206,7 +206,7 @@ TEST_F(TransCallback, withoutTheElementsNodeNothingHappens)
     KVXAnimation* missing = manager()->addKvxAnimation(idOf(wall), KVXAnimation::Construction,
                                                        KVXAnimation::LeftToRight);
     missing->setObjId(idOf(wall) + 1000);
-    vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(missing);
+    vpe::CRefPtr<KVXAnimTransCallback> callback = new KVXAnimTransCallback(missing, context().get());
     EXPECT_EQ(callback->GetCapNode(), nullptr);
     (*callback)(nullptr, vpe::CFrameTime{1.0f, 1});
 }

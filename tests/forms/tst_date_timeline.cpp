@@ -11,6 +11,7 @@
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfGsModelView.h"
 #include "host/vpe/render/CViewer.h"
+#include "keyframe/KVXKeyFrameAnimationManager.h"
 
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
@@ -197,8 +198,26 @@ TEST_F(DateTimeLine, locatingADateMovesTheIndicatorThere)
     EXPECT_EQ(moved.count(), 1);
 }
 
-TEST_F(DateTimeLine, thePlayingScheduleMovesTheIndicator)
+TEST_F(DateTimeLine, theIndicatorLineRunsThroughTheMiddleOfItsBox)
 {
+    grid()->SetIndicator(kFirst.addDays(10), false);
+    const QImage picture = grid()->grab().toImage();
+    const QRect box = grid()->IndicatorBox();
+    const int middle = box.left() + box.width() / 2;
+    const int y = (box.bottom() + grid()->height()) / 2;
+    const auto red = [&](int x) {
+        const QColor c = picture.pixelColor(x, y);
+        return c.red() > 200 && c.green() < 120 && c.blue() < 120;
+    };
+    EXPECT_TRUE(red(middle));
+    EXPECT_FALSE(red(middle - 1));
+    EXPECT_FALSE(red(middle + 1));
+}
+
+TEST_F(DateTimeLine, thePlayingScheduleMovesTheTimelineItWasGivenOnly)
+{
+    KVXDateTimeLineWidget other;
+    KVXKeyFrameAnimationManager::SetDateLineWidget(&timeline);
     PfDbDocument* document = PfDocManagerPtr()->NewDocument();
     vpe::CViewer* viewer = PfGsModelView::Attach(document)->GetViewer();
     auto* storey = new KVX3DElementObject();
@@ -213,7 +232,9 @@ TEST_F(DateTimeLine, thePlayingScheduleMovesTheIndicator)
     manager->play();
     viewer->GetClock()->Tick(4.0);
     EXPECT_EQ(timeline.GetIndicator(), QDate(2025, 2, 5));
+    EXPECT_FALSE(other.GetIndicator().isValid()) << "building a timeline registers nothing";
     manager->stop();
+    KVXKeyFrameAnimationManager::SetDateLineWidget(nullptr);
     PfDocManagerPtr()->CloseAll();
 }
 

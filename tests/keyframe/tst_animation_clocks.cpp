@@ -21,16 +21,35 @@
 
 #include <gtest/gtest.h>
 
-// Stands in for the timelines: they are called by name.
-class IndicatorProbe : public QObject {
+// Stands in for both timelines; its calls are also counted where the test
+// can still read them once the probe is gone.
+class IndicatorProbe : public QObject, public KVXTimeIndicator, public KVXDateIndicator {
     Q_OBJECT
 public:
-    Q_INVOKABLE void SetTimeIndicator(unsigned int milliseconds) { timeIndicator = milliseconds; ++calls; }
-    Q_INVOKABLE void SetIndicator(const QDate& date) { dateIndicator = date; ++calls; }
+    explicit IndicatorProbe(int* tally = nullptr) : m_tally(tally) {}
+    void SetTimeIndicator(unsigned int milliseconds) override
+    {
+        timeIndicator = milliseconds;
+        count();
+    }
+    void SetIndicator(const QDate& date) override
+    {
+        dateIndicator = date;
+        count();
+    }
 
     unsigned int timeIndicator = 0;
     QDate dateIndicator;
     int calls = 0;
+
+private:
+    void count()
+    {
+        ++calls;
+        if (m_tally)
+            ++*m_tally;
+    }
+    int* m_tally;
 };
 
 namespace {
@@ -200,6 +219,66 @@ TEST_F(AnimationClocks, runningDateClockMovesTheDateLineAndAsksForFrames)
     EXPECT_EQ(dateLine.dateIndicator, QDate(2020, 1, 3));
     EXPECT_TRUE(viewer->IsDirty());
     date->SetDateTimeLineWidget(nullptr);
+}
+
+TEST_F(AnimationClocks, timelinesThatAreGoneAreNeverCalledAndLiveOnesMove)
+{
+    int callsToGone = 0;
+    auto* gone = new IndicatorProbe(&callsToGone);
+    camera->SetTimeLineWidget(gone);
+    date->SetDateTimeLineWidget(gone);
+    KVXKeyFrameAnimationManager::SetDateLineWidget(gone);
+    KVXKeyFrameAnimationManager::SetTimeLineWidget(gone);
+    delete gone;
+    EXPECT_EQ(KVXKeyFrameAnimationManager::GetDateLineWidget(), nullptr);
+    EXPECT_EQ(KVXKeyFrameAnimationManager::GetTimeLineWidget(), nullptr);
+    camera->Pause(false);
+    date->Pause(false);
+    tick();
+    keyFrames->StopAnimation();
+    EXPECT_EQ(callsToGone, 0);
+
+    // Set through the manager, as the application does: the clocks it sets
+    // up move them.
+    IndicatorProbe timeLine;
+    IndicatorProbe dateLine;
+    KVXKeyFrameAnimationManager::SetTimeLineWidget(&timeLine);
+    KVXKeyFrameAnimationManager::SetDateLineWidget(&dateLine);
+    keyFrames->InitAnimationData();
+    date = keyFrames->GetDateAnimationClockTimer();
+    date->SetDateRange({2020, 1, 1}, {2020, 1, 11});
+    date->SetEndTime(10.0);
+    keyFrames->GetCameraAnimationClockTimer()->Pause(false);
+    date->Pause(false);
+    tick(2.0);
+    EXPECT_EQ(timeLine.timeIndicator, 2000u);
+    EXPECT_EQ(dateLine.dateIndicator, QDate(2020, 1, 3));
+    KVXKeyFrameAnimationManager::SetTimeLineWidget(nullptr);
+    KVXKeyFrameAnimationManager::SetDateLineWidget(nullptr);
+}
+
+TEST(AnimationClocksOfTwoDocuments, theFirstDocumentsLiveClockIsKeptUntilItsViewerGoes)
+{
+    PfDbDocument* first = PfDocManagerPtr()->NewDocument();
+    PfGsModelView::Attach(first);
+    KVXDateAnimationClockTimer* clock = KVXDateAnimationClockTimer::GetOrCreate("kvx_test_date_clock");
+    ASSERT_NE(clock, nullptr);
+    clock->SetEndTime(30.0);
+    clock->SetDateRange({2020, 1, 1}, {2020, 1, 31});
+
+    PfDbDocument* second = PfDocManagerPtr()->NewDocument();
+    vpe::CViewer* secondViewer = PfGsModelView::Attach(second)->GetViewer();
+    ASSERT_EQ(KVXDateAnimationClockTimer::GetOrCreate("kvx_test_date_clock"), clock);
+    EXPECT_EQ(clock->GetEndTime(), 30.0);
+    EXPECT_EQ(clock->GetEndDate(), QDate(2020, 1, 31));
+
+    PfDocManagerPtr()->CloseDocument(first);
+    PfDocManagerPtr()->SetCurrentDocument(second);
+    KVXDateAnimationClockTimer* fresh = KVXDateAnimationClockTimer::GetOrCreate("kvx_test_date_clock");
+    ASSERT_NE(fresh, nullptr);
+    EXPECT_EQ(fresh->GetClock(), secondViewer->GetClock()) << "the one left on a gone viewer is replaced";
+    vpe::CClockTimerManager::GetInstance()->Remove("kvx_test_date_clock");
+    PfDocManagerPtr()->CloseAll();
 }
 
 TEST_F(AnimationClocks, dateClockFollowsTheCameraThroughDateKeyFrames)

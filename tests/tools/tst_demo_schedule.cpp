@@ -12,6 +12,7 @@
 #include "host/vpe/render/CViewer.h"
 #include "tools/KVXDemoSchedule.h"
 
+#include "tests/support/FixedStepTimeSource.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 #include "tests/support/VideoProbe.h"
@@ -38,6 +39,7 @@ protected:
         KVXDemoSite::Build(document->GetDatabase());
         view = PfGsModelView::Attach(document);
         viewer = view->GetViewer();
+        viewer->SetTimeSource(new FixedStepTimeSource);
         ASSERT_TRUE(KVXDemoSchedule::Add(document));
         camera = new vpe::CCamera;
         camera->SetLookAt({-90000, -110000, 60000}, {0, 15000, 12000});

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CAnimationTrack.h"
 #include "CAnimable.h"
+#include "CAnimationTrack.h"
 
 namespace vpe {
 

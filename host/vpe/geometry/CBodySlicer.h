@@ -1,8 +1,8 @@
 #pragma once
 
 #include "CBody.h"
-#include "host/vpe/core/CReferenced.h"
 #include "CSection.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <osg/Vec3d>
 

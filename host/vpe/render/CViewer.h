@@ -1,13 +1,13 @@
 #pragma once
 
+#include "COffscreenTool.h"
 #include "host/vpe/animation/CAnimationManager.h"
-#include "host/vpe/scene/CCamera.h"
 #include "host/vpe/animation/CClock.h"
 #include "host/vpe/animation/CClockTimer.h"
-#include "host/vpe/core/CReferenced.h"
-#include "host/vpe/scene/CScene.h"
-#include "COffscreenTool.h"
 #include "host/vpe/animation/CTimeSource.h"
+#include "host/vpe/core/CReferenced.h"
+#include "host/vpe/scene/CCamera.h"
+#include "host/vpe/scene/CScene.h"
 #include "host/vpe/video/CVideoMaker.h"
 
 #include <QColor>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/core/CReferenced.h"
 #include "CTechnique.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <osg/Drawable>
 

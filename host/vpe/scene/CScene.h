@@ -2,8 +2,8 @@
 
 #include "CGroupNode.h"
 #include "CLight.h"
-#include "host/vpe/core/CReferenced.h"
 #include "DirectionalShadowMap.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <osg/Group>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/vpe/core/CReferenced.h"
 #include "CStateSet.h"
+#include "host/vpe/core/CReferenced.h"
 
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "host/vpe/animation/CCameraAnimable.h"
 #include "host/vpe/animation/CClockTimerManager.h"
-#include "host/vpe/core/CQuaternion.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
+#include "host/vpe/core/CQuaternion.h"
 #include "host/vpe/render/CViewer.h"
 
 #include <QThread>

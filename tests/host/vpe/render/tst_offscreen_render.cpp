@@ -1,10 +1,10 @@
 #include "host/model/KVXDrawHelper.h"
+#include "host/vpe/render/CScreenshoter.h"
+#include "host/vpe/render/CViewer.h"
 #include "host/vpe/scene/CPrimitiveRenderable.h"
 #include "host/vpe/scene/CRefGroupNode.h"
 #include "host/vpe/scene/CRefVisualNode.h"
-#include "host/vpe/render/CScreenshoter.h"
 #include "host/vpe/scene/CStateSetManager.h"
-#include "host/vpe/render/CViewer.h"
 
 #include <QTemporaryDir>
 

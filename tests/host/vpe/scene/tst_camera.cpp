@@ -1,5 +1,5 @@
-#include "host/vpe/scene/CCamera.h"
 #include "host/vpe/core/CQuaternion.h"
+#include "host/vpe/scene/CCamera.h"
 
 #include <gtest/gtest.h>
 

@@ -2,6 +2,8 @@
 #include "host/vpe/animation/CNodeTrack.h"
 #include "host/vpe/render/CViewer.h"
 
+#include "tests/support/FixedStepTimeSource.h"
+
 #include <functional>
 
 #include <gtest/gtest.h>
@@ -37,6 +39,7 @@ public:
     void SetUp() override
     {
         viewer = new vpe::CViewer;
+        viewer->SetTimeSource(new FixedStepTimeSource(1.0));
         viewer->SetBackgroundColor(Qt::black);
         root()->addChild(box({-1500, -1500, -100}, {1500, 1500, 0}, Qt::white));
         slab = new vpe::CGroupNode;

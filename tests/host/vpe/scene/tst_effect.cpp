@@ -1,7 +1,7 @@
 #include "host/model/KVXDrawHelper.h"
 #include "host/vpe/geometry/CBody.h"
-#include "host/vpe/scene/CEffect.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CEffect.h"
 
 #include <osg/Geode>
 

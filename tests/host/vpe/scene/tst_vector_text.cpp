@@ -1,5 +1,5 @@
-#include "host/vpe/scene/CVectorText2D.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CVectorText2D.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "host/model/KVXDrawHelper.h"
-#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 
 #include "tests/support/QtPrinters.h"
 #include "tests/support/VideoProbe.h"
