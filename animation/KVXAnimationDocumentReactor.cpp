@@ -1,9 +1,9 @@
 #include "KVXAnimationDocumentReactor.h"
 
-#include "KVXAnimatorManager.h"
 #include "host/db/PfDocManager.h"
 
-KVXAnimationDocumentReactor::KVXAnimationDocumentReactor(KVXAnimatorManager* manager) : m_manager(manager)
+KVXAnimationDocumentReactor::KVXAnimationDocumentReactor(std::function<void(PfDbDocument*)> follow)
+    : m_follow(std::move(follow))
 {
     PfDocManagerPtr()->AddReactor(this);
     documentActivated(PfDocManagerPtr()->CurrentDocument());
@@ -14,7 +14,7 @@ KVXAnimationDocumentReactor::~KVXAnimationDocumentReactor() { PfDocManagerPtr()-
 void KVXAnimationDocumentReactor::documentActivated(PfDbDocument* document)
 {
     m_followed = document;
-    m_manager->followDocument(document);
+    m_follow(document);
 }
 
 void KVXAnimationDocumentReactor::documentToBeDestroyed(PfDbDocument* document)

@@ -1,6 +1,7 @@
 #include "KVXAnimationSigns.h"
 
-#include "KVXAnimatorManager.h"
+#include "KVXAnimation.h"
+#include "KVXRecordIndex.h"
 
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsUtility.h"
@@ -18,7 +19,7 @@ constexpr float kSignSize = 15.0f;
 
 } // namespace
 
-KVXAnimationSigns::KVXAnimationSigns(const KVXAnimatorManager& manager) : m_manager(manager) {}
+KVXAnimationSigns::KVXAnimationSigns(const KVXRecordIndex& records) : m_manager(records) {}
 
 KVXAnimationSigns::~KVXAnimationSigns() = default;
 

@@ -9,7 +9,7 @@
 #include <map>
 
 class KVXAnimation;
-class KVXAnimatorManager;
+class KVXRecordIndex;
 
 namespace vpe {
 class CVectorText2D;
@@ -20,7 +20,7 @@ class CVectorText2D;
 // current viewer's scene, so that they show and hide as a whole.
 class KVXAnimationSigns {
 public:
-    explicit KVXAnimationSigns(const KVXAnimatorManager& manager);
+    explicit KVXAnimationSigns(const KVXRecordIndex& records);
     ~KVXAnimationSigns();
 
     // Makes or updates the label of that record's element (its place stays
@@ -42,7 +42,7 @@ private:
     // The group, made and put into the current viewer's scene when needed.
     vpe::CGroupNode* groupNode();
 
-    const KVXAnimatorManager& m_manager;
+    const KVXRecordIndex& m_manager;
     vpe::CRefPtr<vpe::CGroupNode> m_group;
     std::map<qint64, vpe::CRefPtr<vpe::CVectorText2D>> m_byObjId;
 };

@@ -17,7 +17,7 @@
 #include "host/rx/PfRxClass.h"
 #include "host/vpe/render/CViewer.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
-#include "keyframe/KVXKeyFrameAnimationManager.h"
+#include "keyframe/KVXScheduleDateClock.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -31,7 +31,7 @@ namespace {
 
 PfDbDocument* currentDocument() { return PfDocManagerPtr()->CurrentDocument(); }
 
-KVXDateAnimationClockTimer* dateClock() { return KVXKeyFrameAnimationManager::DateClock(); }
+KVXDateAnimationClockTimer* dateClock() { return KVXScheduleDateClock::Get(); }
 
 // The end of a record's days, its loop included.
 QDate lastDayOf(const KVXAnimation* record)
@@ -46,8 +46,10 @@ QDate lastDayOf(const KVXAnimation* record)
 KVXAnimatorManager::KVXAnimatorManager()
     : m_timeScale(new KVXScheduleTimeScale),
       m_signs(std::make_unique<KVXAnimationSigns>(*this)),
-      m_documentReactor(std::make_unique<KVXAnimationDocumentReactor>(this))
+      m_documentReactor(std::make_unique<KVXAnimationDocumentReactor>(
+          [this](PfDbDocument* document) { followDocument(document); }))
 {
+    KVXScheduleDateClock::SetSchedulePlayback(this);
 }
 
 KVXAnimatorManager::~KVXAnimatorManager() = default;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "KVXAnimation.h"
+#include "KVXRecordIndex.h"
 #include "KVXScheduleTimeScale.h"
 #include "host/db/PfDbDatabaseReactor.h"
 #include "host/vpe/core/CReferenced.h"
@@ -32,7 +33,10 @@ class CVectorText2D;
 // pointers in creation (or load) order and, for the per-element queries, an
 // index by element that keeps the same order. It is the date clock's
 // schedule playback.
-class KVXAnimatorManager : public QObject, public PfDbDatabaseReactor, public KVXSchedulePlayback {
+class KVXAnimatorManager : public QObject,
+                           public PfDbDatabaseReactor,
+                           public KVXSchedulePlayback,
+                           public KVXRecordIndex {
     Q_OBJECT
     PFRX_DECLARE_MEMBERS(KVXAnimatorManager)
 public:
@@ -42,10 +46,10 @@ public:
     // document; null for an unknown element.
     KVXAnimation* addKvxAnimation(qint64 objId, KVXAnimation::AnimType type,
                                   KVXAnimation::TranslationType translation);
-    KVXAnimation* findKVXAnimation(int number) const;
-    std::vector<KVXAnimation*> getAnimationVector() const { return m_animations; }
+    KVXAnimation* findKVXAnimation(int number) const override;
+    std::vector<KVXAnimation*> getAnimationVector() const override { return m_animations; }
     // Appends the element's records in list order; out is not cleared.
-    void GetALlAnimationByObjId(qint64 objId, std::vector<KVXAnimation*>& out) const;
+    void GetALlAnimationByObjId(qint64 objId, std::vector<KVXAnimation*>& out) const override;
     std::vector<KVXAnimation*> findAnimationsByObjId(qint64 objId) const;
     void deleteKvxAnimation(int number);
     bool deleteAnimationByObjId(qint64 objId);

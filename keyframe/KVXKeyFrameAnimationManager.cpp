@@ -4,6 +4,7 @@
 #include "KVXCameraKeyFramesTrack.h"
 #include "KVXDateAnimationClockTimer.h"
 #include "KVXDateKeyFramesTrack.h"
+#include "KVXScheduleDateClock.h"
 #include "animation/KVXAnimationNames.h"
 #include "animation/KVXAnimatorManager.h"
 #include "host/db/PfDbDocument.h"
@@ -14,11 +15,11 @@
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 
 KVXIndicatorLink<KVXTimeIndicator> KVXKeyFrameAnimationManager::s_timeLineWidget;
-KVXIndicatorLink<KVXDateIndicator> KVXKeyFrameAnimationManager::s_dateLineWidget;
 
 KVXKeyFrameAnimationManager::KVXKeyFrameAnimationManager()
 {
     vpe::CVideoMakerFFmpegPlugin::LoadPlugin();
+    KVXScheduleDateClock::SetKeyFramePlayback(this);
 }
 
 KVXKeyFrameAnimationManager* KVXKeyFrameAnimationManager::GetInstance()
@@ -34,21 +35,10 @@ void KVXKeyFrameAnimationManager::SetTimeLineWidget(KVXTimeIndicator* timeLine)
 
 void KVXKeyFrameAnimationManager::SetDateLineWidget(KVXDateIndicator* dateLine)
 {
-    s_dateLineWidget = KVXIndicatorLink(dateLine);
+    KVXScheduleDateClock::SetDateLine(dateLine);
 }
 
-KVXDateAnimationClockTimer* KVXKeyFrameAnimationManager::DateClock()
-{
-    KVXDateAnimationClockTimer* clock =
-        KVXDateAnimationClockTimer::GetOrCreate(KVXAnimationNames::kDateAnimationClockTimer);
-    if (!clock)
-        return nullptr;
-    clock->SetKeyFramePlayback(GetInstance());
-    clock->SetSchedulePlayback(KVXAnimatorManager::getInstance());
-    if (!clock->GetDateTimeLineWidget())
-        clock->SetDateTimeLineWidget(GetDateLineWidget());
-    return clock;
-}
+KVXDateIndicator* KVXKeyFrameAnimationManager::GetDateLineWidget() { return KVXScheduleDateClock::GetDateLine(); }
 
 void KVXKeyFrameAnimationManager::InitAnimationData()
 {
@@ -76,7 +66,9 @@ void KVXKeyFrameAnimationManager::initClockTimers()
         m_cameraClock->SetKeyFramePlayback(this);
         m_cameraClock->Pause(true);
     }
-    m_dateClock = DateClock();
+    // The schedule plays along with the camera.
+    KVXScheduleDateClock::SetSchedulePlayback(KVXAnimatorManager::getInstance());
+    m_dateClock = KVXScheduleDateClock::Get();
     if (m_dateClock) {
         m_dateClock->SetDateTimeLineWidget(GetDateLineWidget());
         m_dateClock->Pause(true);

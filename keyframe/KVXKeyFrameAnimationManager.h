@@ -53,11 +53,7 @@ public:
     static void SetTimeLineWidget(KVXTimeIndicator* timeLine);
     static KVXTimeIndicator* GetTimeLineWidget() { return s_timeLineWidget.get(); }
     static void SetDateLineWidget(KVXDateIndicator* dateLine);
-    static KVXDateIndicator* GetDateLineWidget() { return s_dateLineWidget.get(); }
-    // The shared date clock on the current viewer (null without one), made
-    // when missing, with both playbacks and, when it has none, the date
-    // timeline.
-    static KVXDateAnimationClockTimer* DateClock();
+    static KVXDateIndicator* GetDateLineWidget();
 
 private:
     KVXKeyFrameAnimationManager();
@@ -80,5 +76,4 @@ private:
     PlayState m_playState = Stopped;
 
     static KVXIndicatorLink<KVXTimeIndicator> s_timeLineWidget;
-    static KVXIndicatorLink<KVXDateIndicator> s_dateLineWidget;
 };
