@@ -36,6 +36,11 @@ public:
     PfDbSelectionSet& GetHighlightedSet() { return m_highlighted; }
 
     const QString& FilePath() const { return m_filePath; }
+    // Minutes between the application's automatic saves of the document; 0
+    // turns them off (an editor that must not be interrupted by a save does
+    // so for a while).
+    int GetAutoSaveMinutes() const { return m_autoSaveMinutes; }
+    void SetAutoSaveMinutes(int minutes) { m_autoSaveMinutes = minutes < 0 ? 0 : minutes; }
     // Writes the document atomically; on success it remembers the path.
     bool Save(const QString& filePath, QString* error = nullptr);
 
@@ -46,4 +51,5 @@ private:
     QString m_filePath;
     PfDbSelectionSet m_selection;
     PfDbSelectionSet m_highlighted;
+    int m_autoSaveMinutes = 10;
 };

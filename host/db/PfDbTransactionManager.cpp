@@ -5,6 +5,25 @@
 
 #include <algorithm>
 
+namespace {
+std::vector<PfDbTransactionReactor*>& globalReactors()
+{
+    static std::vector<PfDbTransactionReactor*> reactors;
+    return reactors;
+}
+
+void addOnce(std::vector<PfDbTransactionReactor*>& reactors, PfDbTransactionReactor* reactor)
+{
+    if (reactor && std::find(reactors.begin(), reactors.end(), reactor) == reactors.end())
+        reactors.push_back(reactor);
+}
+
+void remove(std::vector<PfDbTransactionReactor*>& reactors, PfDbTransactionReactor* reactor)
+{
+    reactors.erase(std::remove(reactors.begin(), reactors.end(), reactor), reactors.end());
+}
+} // namespace
+
 PfDbTransactionManager::PfDbTransactionManager(PfDbDatabase* database) : m_database(database) {}
 
 PfDbTransactionManager::~PfDbTransactionManager() = default;
@@ -13,7 +32,8 @@ template <class Call>
 void PfDbTransactionManager::notify(Call call)
 {
     // A copy: a reactor may detach itself while being told.
-    const std::vector<PfDbTransactionReactor*> reactors = m_reactors;
+    std::vector<PfDbTransactionReactor*> reactors = m_reactors;
+    reactors.insert(reactors.end(), globalReactors().begin(), globalReactors().end());
     for (PfDbTransactionReactor* reactor : reactors)
         call(reactor);
 }
@@ -104,15 +124,15 @@ void PfDbTransactionManager::ClearUndoHistory()
     m_redo.clear();
 }
 
-void PfDbTransactionManager::AddReactor(PfDbTransactionReactor* reactor)
-{
-    if (reactor && std::find(m_reactors.begin(), m_reactors.end(), reactor) == m_reactors.end())
-        m_reactors.push_back(reactor);
-}
+void PfDbTransactionManager::AddReactor(PfDbTransactionReactor* reactor) { addOnce(m_reactors, reactor); }
 
-void PfDbTransactionManager::RemoveReactor(PfDbTransactionReactor* reactor)
+void PfDbTransactionManager::RemoveReactor(PfDbTransactionReactor* reactor) { remove(m_reactors, reactor); }
+
+void PfDbTransactionManager::AddGlobalReactor(PfDbTransactionReactor* reactor) { addOnce(globalReactors(), reactor); }
+
+void PfDbTransactionManager::RemoveGlobalReactor(PfDbTransactionReactor* reactor)
 {
-    m_reactors.erase(std::remove(m_reactors.begin(), m_reactors.end(), reactor), m_reactors.end());
+    remove(globalReactors(), reactor);
 }
 
 void PfDbTransactionManager::ObjectTouched(PfDbObject* object, bool isNew)

@@ -39,6 +39,10 @@ public:
 
     void AddReactor(PfDbTransactionReactor* reactor);
     void RemoveReactor(PfDbTransactionReactor* reactor);
+    // Reactors that hear the transactions of every database, open now or
+    // later (a module attaches one when it loads), after each database's own.
+    static void AddGlobalReactor(PfDbTransactionReactor* reactor);
+    static void RemoveGlobalReactor(PfDbTransactionReactor* reactor);
 
     // Called by the database and its objects when an object is added (isNew)
     // or about to change: the innermost transaction keeps its state before.

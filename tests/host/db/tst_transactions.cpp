@@ -151,6 +151,23 @@ TEST_F(Transactions, reactorsHearTheTransactionsConcerned)
     EXPECT_EQ(log.redone, expected);
 }
 
+TEST_F(Transactions, globalReactorsHearEveryDatabaseUntilRemoved)
+{
+    TransactionLog global;
+    PfDbTransactionManager::AddGlobalReactor(&global);
+    PfDbTransactionManager::AddGlobalReactor(&global);
+    PfDbDocument later;
+    for (PfDbTransactionManager* transactions : {manager(), later.GetDatabase()->TransactionManager()}) {
+        transactions->StartTransaction();
+        transactions->EndTransaction();
+    }
+    PfDbTransactionManager::RemoveGlobalReactor(&global);
+    manager()->StartTransaction();
+    manager()->EndTransaction();
+    EXPECT_EQ(global.calls, (std::vector<std::string>{"started", "outermost", "ended", "started", "outermost",
+                                                      "ended"}));
+}
+
 TEST_F(Transactions, undoSeveralStepsGoesBackInOrder)
 {
     for (int height : {10, 20, 30}) {

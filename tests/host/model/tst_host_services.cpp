@@ -2,9 +2,12 @@
 #include "host/model/PfEdInformation.h"
 #include "host/model/PfProgressMeter.h"
 #include "host/model/PfStatusBarTip.h"
+#include "host/model/PfUiActionManager.h"
 #include "host/model/ZUpdater.h"
 
 #include "tests/support/QtPrinters.h"
+
+#include <QAction>
 
 #include <gtest/gtest.h>
 
@@ -27,6 +30,22 @@ TEST(Information, goesToTheInstalledSinkUntilItIsRemoved)
     EXPECT_NE(PfEdInformationSink::Current(), &sink);
     PfEdInformationSink::Install(nullptr);
     EXPECT_NE(PfEdInformationSink::Current(), nullptr);
+}
+
+TEST(UiActions, areFoundByNameWhileTheyLive)
+{
+    PfUiActionManager* actions = PfUiActionManager::GetInstance();
+    auto* first = new QAction(QStringLiteral("预览"));
+    QAction second(QStringLiteral("暂停"));
+    actions->AddAction(QStringLiteral("PLAY"), first);
+    EXPECT_EQ(actions->FindAction(QStringLiteral("PLAY")), first);
+    EXPECT_EQ(actions->FindAction(QStringLiteral("play")), nullptr);
+    delete first;
+    EXPECT_EQ(actions->FindAction(QStringLiteral("PLAY")), nullptr) << "a destroyed action is not handed out";
+    actions->AddAction(QStringLiteral("PLAY"), &second);
+    EXPECT_EQ(actions->FindAction(QStringLiteral("PLAY")), &second);
+    actions->RemoveAction(QStringLiteral("PLAY"));
+    EXPECT_EQ(actions->FindAction(QStringLiteral("PLAY")), nullptr);
 }
 
 struct ProgressLog : PfProgressMeter::Listener {
