@@ -11,6 +11,9 @@
 #include "keyframe/KVXDateKeyFrame.h"
 #include "keyframe/KVXDateKeyFramesTrack.h"
 #include "keyframe/KVXKeyFrame.h"
+#include "keyframe/KVXKeyFrameAnimationManager.h"
+#include "keyframe/KVXKeyFrameAnimationTransactionReactor.h"
+#include "keyframe/KVXKeyFramesCommand.h"
 #include "keyframe/KVXKeyFramesTrack.h"
 
 KVXRegisters::KVXRegisters() : m_groupName(L"KVXElement"), m_version(L"2.0"), m_loaded(false)
@@ -32,6 +35,7 @@ int KVXRegisters::Load()
     KVXDateKeyFramesTrack::RxInit();
     PfRxBuildClassHierarchy();
     addCommands();
+    KVXKeyFrameAnimationTransactionReactor::Attach();
     m_loaded = true;
     return 0;
 }
@@ -45,6 +49,10 @@ void KVXRegisters::addCommands()
     // A second load finds the command there already (eDuplicateKey).
     commands->AddCommand(m_groupName, KVXScheduleVideo::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunCommand));
+    commands->AddCommand(m_groupName, KVXKeyFramesCommand::kCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXKeyFramesCommand::RunCommand));
+    commands->AddCommand(m_groupName, KVXKeyFrameAnimationManager::kPlayPauseActionName.toStdWString(),
+                         [] { KVXKeyFrameAnimationManager::GetInstance()->PlayOrPauseAnimation(); });
 }
 
 int KVXRegisters::Unload()
@@ -54,6 +62,7 @@ int KVXRegisters::Unload()
     PfRxObject* entry = PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName);
     if (PfEdCommandStack* commands = PfEdCommandStack::Cast(entry))
         commands->RemoveGroup(m_groupName);
+    KVXKeyFrameAnimationTransactionReactor::Detach();
     // Parents before children, in load order: the host tolerates it.
     KVXAnimation::RxUninit();
     KVXTowerAnimation::RxUninit();

@@ -34,6 +34,19 @@ void KVXDateTimeLineWidget::SetIndicator(const QDate& date) { m_grid->SetIndicat
 
 QDate KVXDateTimeLineWidget::GetIndicator() const { return m_grid->Indicator(); }
 
+QDate KVXDateTimeLineWidget::GetCalendarStartDate() const { return m_grid->FirstDate(); }
+
+void KVXDateTimeLineWidget::SetCalendarStartDate(const QDate& date) { m_grid->SetFirstDate(date, true); }
+
+void KVXDateTimeLineWidget::SetCalendarDateRange(const QDate& from, const QDate& to)
+{
+    m_grid->SetDateRange(from, to);
+}
+
+int KVXDateTimeLineWidget::GetCalendarDisplayStyle() const { return m_grid->ZoomLevel(); }
+
+void KVXDateTimeLineWidget::SetCalendarDisplayStyle(int style) { m_grid->SetZoomLevel(style); }
+
 void KVXDateTimeLineWidget::SetEditable(bool editable)
 {
     m_grid->SetEditable(editable);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "keyframe/KVXDateIndicator.h"
+#include "keyframe/KVXScheduleDateLine.h"
 
 #include <QDate>
 #include <QWidget>
@@ -16,14 +16,20 @@ class QMenu;
 // date and emits indicatorChanged); the date clock moves it silently while
 // the schedule plays, once it is given to the key-frame animation manager's
 // SetDateLineWidget. Its context menu jumps to a typed date.
-class KVXDateTimeLineWidget : public QWidget, public KVXDateIndicator {
+class KVXDateTimeLineWidget : public QWidget, public KVXScheduleDateLine {
     Q_OBJECT
 public:
     explicit KVXDateTimeLineWidget(QWidget* parent = nullptr);
 
     // Silent: for the playing clock.
     void SetIndicator(const QDate& date) override;
-    QDate GetIndicator() const;
+    QDate GetIndicator() const override;
+    QDate GetCalendarStartDate() const override;
+    void SetCalendarStartDate(const QDate& date) override;
+    void SetCalendarDateRange(const QDate& from, const QDate& to) override;
+    // The calendar's zoom level.
+    int GetCalendarDisplayStyle() const override;
+    void SetCalendarDisplayStyle(int style) override;
     void SetEditable(bool editable);
     bool GetEditable() const;
     KVXCalendarGrid* GetCalendarGrid() const { return m_grid; }

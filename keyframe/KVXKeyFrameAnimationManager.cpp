@@ -2,24 +2,55 @@
 
 #include "KVXCameraAnimationClockTimer.h"
 #include "KVXCameraKeyFramesTrack.h"
+#include "KVXCameraPlayAnimable.h"
 #include "KVXDateAnimationClockTimer.h"
 #include "KVXDateKeyFramesTrack.h"
 #include "KVXScheduleDateClock.h"
+#include "animation/KVXAnimationDocumentReactor.h"
 #include "animation/KVXAnimationNames.h"
 #include "animation/KVXAnimatorManager.h"
+#include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
+#include "host/db/PfDbTransactionManager.h"
 #include "host/db/PfDocManager.h"
+#include "host/model/PfEdInformation.h"
 #include "host/model/PfGsUtility.h"
+#include "host/model/PfUiActionManager.h"
 #include "host/vpe/animation/CClockTimerManager.h"
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 
-KVXIndicatorLink<KVXTimeIndicator> KVXKeyFrameAnimationManager::s_timeLineWidget;
+#include <QAction>
+#include <QIcon>
+#include <QPushButton>
+
+KVXIndicatorLink<KVXKeyFrameTimeLine> KVXKeyFrameAnimationManager::s_timeLineWidget;
+KVXIndicatorLink<KVXScheduleDateLine> KVXKeyFrameAnimationManager::s_dateLineWidget;
+QPointer<QPushButton> KVXKeyFrameAnimationManager::btn_paly_or_pause_;
+const QString KVXKeyFrameAnimationManager::kPlayPauseActionName = QStringLiteral("KVX_PREVIEW_ANIMATION_PLAY_PAUSE");
+
+namespace {
+const QString kNotice = QStringLiteral("提示");
+const QString kPlayIcon = QStringLiteral(":/KVX/RoamingVideoPage/Image/RoamingVideoPage/play.png");
+const QString kPauseIcon = QStringLiteral(":/KVX/RoamingVideoPage/Image/RoamingVideoPage/pause.png");
+// The calendar opens a few days before the schedule, so that its first day
+// is not under the margin of the strip.
+constexpr int kCalendarLeadDays = 5;
+
+PfDbDocument* currentDocument() { return PfDocManagerPtr()->CurrentDocument(); }
+
+PfDbTransactionManager* transactionsOf(PfDbDocument* document)
+{
+    return document && document->GetDatabase() ? document->GetDatabase()->TransactionManager() : nullptr;
+}
+} // namespace
 
 KVXKeyFrameAnimationManager::KVXKeyFrameAnimationManager()
 {
     vpe::CVideoMakerFFmpegPlugin::LoadPlugin();
     KVXScheduleDateClock::SetKeyFramePlayback(this);
+    m_documentReactor = std::make_unique<KVXAnimationDocumentReactor>(
+        [this](PfDbDocument* document) { followDocument(document); });
 }
 
 KVXKeyFrameAnimationManager* KVXKeyFrameAnimationManager::GetInstance()
@@ -28,25 +59,40 @@ KVXKeyFrameAnimationManager* KVXKeyFrameAnimationManager::GetInstance()
     return instance;
 }
 
-void KVXKeyFrameAnimationManager::SetTimeLineWidget(KVXTimeIndicator* timeLine)
+void KVXKeyFrameAnimationManager::SetTimeLineWidget(KVXKeyFrameTimeLine* timeLine)
 {
     s_timeLineWidget = KVXIndicatorLink(timeLine);
 }
 
-void KVXKeyFrameAnimationManager::SetDateLineWidget(KVXDateIndicator* dateLine)
+void KVXKeyFrameAnimationManager::SetDateLineWidget(KVXScheduleDateLine* dateLine)
 {
+    s_dateLineWidget = KVXIndicatorLink(dateLine);
     KVXScheduleDateClock::SetDateLine(dateLine);
 }
 
-KVXDateIndicator* KVXKeyFrameAnimationManager::GetDateLineWidget() { return KVXScheduleDateClock::GetDateLine(); }
+void KVXKeyFrameAnimationManager::SetPlayButton(QPushButton* button) { btn_paly_or_pause_ = button; }
+
+// ---- set-up ----------------------------------------------------------------
+
+void KVXKeyFrameAnimationManager::followDocument(PfDbDocument* document)
+{
+    PfDbDatabase* database = document ? document->GetDatabase() : nullptr;
+    if (m_cameraTrack && m_cameraTrack->GetDatabase() == database)
+        return;
+    if (m_cameraTrack || m_dateTrack)
+        UnInitAnimationData();
+    if (m_editing && database)
+        InitAnimationData();
+}
 
 void KVXKeyFrameAnimationManager::InitAnimationData()
 {
-    PfDbDocument* document = PfDocManagerPtr()->CurrentDocument();
+    PfDbDocument* document = currentDocument();
     if (!document || !document->GetDatabase())
         return;
     m_cameraTrack = KVXCameraKeyFramesTrack::GetOrCteateKeyFrameContainer(document->GetDatabase());
     m_dateTrack = KVXDateKeyFramesTrack::GetOrCteateKeyFrameContainer(document->GetDatabase());
+    initKeyFramesButtons();
     initClockTimers();
 }
 
@@ -54,7 +100,25 @@ void KVXKeyFrameAnimationManager::UnInitAnimationData()
 {
     m_cameraTrack = nullptr;
     m_dateTrack = nullptr;
+    if (KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget())
+        timeLine->ClearAllKeyFrameButtons();
     uninitClockTimers();
+}
+
+void KVXKeyFrameAnimationManager::initKeyFramesButtons()
+{
+    KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget();
+    if (!timeLine)
+        return;
+    timeLine->ClearAllKeyFrameButtons();
+    if (m_cameraTrack)
+        for (PfDbObject* object : *m_cameraTrack)
+            if (auto* keyFrame = KVXCameraKeyFrame::Cast(object))
+                timeLine->CreateCameraKeyFrameButton(keyFrame);
+    if (m_dateTrack)
+        for (PfDbObject* object : *m_dateTrack)
+            if (auto* keyFrame = KVXDateKeyFrame::Cast(object))
+                timeLine->CreateDateKeyFrameButton(keyFrame);
 }
 
 void KVXKeyFrameAnimationManager::initClockTimers()
@@ -73,6 +137,12 @@ void KVXKeyFrameAnimationManager::initClockTimers()
         m_dateClock->SetDateTimeLineWidget(GetDateLineWidget());
         m_dateClock->Pause(true);
     }
+    // The viewer's default timer goes on ticking with the viewer's clock.
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    vpe::CClockTimer* defaultTimer =
+        vpe::CClockTimerManager::GetInstance()->Find(vpe::CClockTimerManager::kDefaultTimerName);
+    if (viewer && defaultTimer)
+        viewer->GetClock()->AddObserver(defaultTimer);
 }
 
 void KVXKeyFrameAnimationManager::uninitClockTimers()
@@ -85,6 +155,200 @@ void KVXKeyFrameAnimationManager::uninitClockTimers()
     m_cameraClock = nullptr;
     m_dateClock = nullptr;
     m_videoClock = nullptr;
+}
+
+// ---- editing -----------------------------------------------------------------
+
+void KVXKeyFrameAnimationManager::BeginEditKeyFrameAnimation()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    m_editing = true;
+    if (!m_cameraTrack && !m_dateTrack)
+        InitAnimationData();
+    m_savedMinimumFrameRate = viewer->GetMinimumFrameRate();
+    viewer->SetMinimumFrameRate(0);
+    if (PfDbDocument* document = currentDocument()) {
+        m_savedAutoSaveMinutes = document->GetAutoSaveMinutes();
+        document->SetAutoSaveMinutes(0);
+    }
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    schedule->updateAllAnimationsDateRange();
+    const QDate start = schedule->getAllAnimationsStartDate();
+    if (KVXScheduleDateLine* dateLine = GetDateLineWidget(); dateLine && start.isValid()) {
+        dateLine->SetCalendarStartDate(start.addDays(-kCalendarLeadDays));
+        dateLine->SetCalendarDateRange(start, schedule->getAllAnimationsEndDate());
+    }
+}
+
+void KVXKeyFrameAnimationManager::EndEditKeyFrameAnimation()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    StopAnimation();
+    viewer->SetMinimumFrameRate(m_savedMinimumFrameRate);
+    PfDbDocument* document = currentDocument();
+    if (m_savedAutoSaveMinutes != 0 && document) {
+        document->SetAutoSaveMinutes(m_savedAutoSaveMinutes);
+        m_savedAutoSaveMinutes = 0;
+    }
+    m_editing = false;
+}
+
+void KVXKeyFrameAnimationManager::CreateKeyFrame()
+{
+    if (!currentDocument())
+        return;
+    if (m_playState == Playing) {
+        PfEdInformation(QStringLiteral("动画正在播放状态，请先暂停或停止动画播放"), kNotice);
+        return;
+    }
+    KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget();
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return;
+    const int ms = timeLine ? static_cast<int>(timeLine->GetTimeIndicator()) : 0;
+    KVXScheduleDateLine* dateLine = GetDateLineWidget();
+    const QDate date = m_enableDateAnimation && dateLine ? dateLine->GetIndicator() : QDate();
+    const QString refusal = CreateKeyFrameAt(ms, *viewer->GetCamera(), date);
+    if (!refusal.isEmpty())
+        PfEdInformation(refusal, kNotice);
+}
+
+QString KVXKeyFrameAnimationManager::CreateKeyFrameAt(int ms, const vpe::CCamera& camera, const QDate& date)
+{
+    PfDbDocument* document = currentDocument();
+    if (document && !m_cameraTrack)
+        InitAnimationData();
+    if (!document || !m_cameraTrack)
+        return QStringLiteral("没有打开的项目");
+    if (ms < 0)
+        return QStringLiteral("关键帧的时间不能为负");
+    if (m_cameraTrack->HasKeyFrameAtTime(ms))
+        return QStringLiteral("当前时间已经存在关键帧！");
+    PfDbTransactionManager* transactions = transactionsOf(document);
+    transactions->StartTransaction();
+    KVXCameraKeyFrame* cameraKeyFrame = m_cameraTrack->CreateCameraKeyFrame(ms);
+    if (cameraKeyFrame) {
+        vpe::CRefPtr<vpe::CCamera> copy = camera.Clone();
+        cameraKeyFrame->SetCamera(copy.get());
+    }
+    SetCameraAnimationDirty();
+    KVXDateKeyFrame* dateKeyFrame = nullptr;
+    if (date.isValid() && m_dateTrack) {
+        dateKeyFrame = KVXDateKeyFrame::Cast(m_dateTrack->CreateKeyFrame(ms));
+        if (dateKeyFrame)
+            dateKeyFrame->SetDate(date);
+    }
+    transactions->EndTransaction();
+    markSceneDirty();
+    if (KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget())
+        timeLine->CreateKeyFrameButton(cameraKeyFrame, dateKeyFrame);
+    return QString();
+}
+
+void KVXKeyFrameAnimationManager::DeleteKeyFrame()
+{
+    PfDbDocument* document = currentDocument();
+    if (!document)
+        return;
+    StopAnimation();
+    KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget();
+    KVXCameraKeyFrame* camera = timeLine ? timeLine->GetPickedCameraKeyFrame() : nullptr;
+    KVXDateKeyFrame* date = timeLine ? timeLine->GetPickedDateKeyFrame() : nullptr;
+    if (!camera && !date) {
+        PfEdInformation(QStringLiteral("请先选中一帧关键帧再删除"), kNotice);
+        return;
+    }
+    PfDbTransactionManager* transactions = transactionsOf(document);
+    transactions->StartTransaction();
+    if (camera && m_cameraTrack)
+        m_cameraTrack->RemoveKeyFrame(static_cast<qint64>(camera->GetHandle()));
+    if (date && m_dateTrack)
+        m_dateTrack->RemoveKeyFrame(static_cast<qint64>(date->GetHandle()));
+    transactions->EndTransaction();
+    timeLine->DeleteKeyFrameButton();
+}
+
+bool KVXKeyFrameAnimationManager::DeleteKeyFramesAt(int ms)
+{
+    PfDbDocument* document = currentDocument();
+    if (document && !m_cameraTrack)
+        InitAnimationData();
+    if (!document || !m_cameraTrack || !m_dateTrack)
+        return false;
+    std::vector<KVXKeyFrame*> doomed;
+    for (KVXKeyFramesTrack* track : {static_cast<KVXKeyFramesTrack*>(m_cameraTrack),
+                                     static_cast<KVXKeyFramesTrack*>(m_dateTrack)})
+        for (PfDbObject* object : *track)
+            if (auto* keyFrame = KVXKeyFrame::Cast(object); keyFrame && keyFrame->GetTime() == ms)
+                doomed.push_back(keyFrame);
+    if (doomed.empty())
+        return false;
+    StopAnimation();
+    PfDbTransactionManager* transactions = transactionsOf(document);
+    transactions->StartTransaction();
+    for (KVXKeyFrame* keyFrame : doomed) {
+        KVXKeyFramesTrack* track = KVXCameraKeyFrame::Cast(keyFrame) ? static_cast<KVXKeyFramesTrack*>(m_cameraTrack)
+                                                                     : m_dateTrack;
+        track->RemoveKeyFrame(static_cast<qint64>(keyFrame->GetHandle()));
+    }
+    transactions->EndTransaction();
+    UpdateTimeLineWidget();
+    return true;
+}
+
+// ---- the camera animation -------------------------------------------------
+
+vpe::CAnimator* KVXKeyFrameAnimationManager::getCameraAnimator() const
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return nullptr;
+    vpe::CAnimator* animator = viewer->GetAnimationManager()->FindAnimator(KVXAnimationNames::kCameraAnimationName);
+    if (animator)
+        animator->Enable();
+    return animator;
+}
+
+vpe::CAnimator* KVXKeyFrameAnimationManager::createCameraAnimator(vpe::CClockTimer* clock)
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer || !m_cameraTrack || !clock)
+        return nullptr;
+    std::vector<KVXKeyFrame*> sorted;
+    m_cameraTrack->GetSortedKeyFramesByTime(sorted);
+    std::vector<KVXCameraKeyFrame*> keyFrames;
+    for (KVXKeyFrame* keyFrame : sorted)
+        if (auto* camera = KVXCameraKeyFrame::Cast(keyFrame); camera && camera->GetCamera())
+            keyFrames.push_back(camera);
+    if (keyFrames.size() < 2)
+        return nullptr;
+    // A stale animation of that name (left by a document that went) is
+    // replaced, not reused.
+    deleteCameraAnimator();
+    vpe::CAnimationManager* animations = viewer->GetAnimationManager();
+    animations->DestroyAnimation(KVXAnimationNames::kCameraAnimationName);
+    const float length = keyFrames.back()->GetTimeS();
+    vpe::CAnimation* animation = animations->CreateAnimation(KVXAnimationNames::kCameraAnimationName, length);
+    vpe::CCameraTrack* track = animation->CreateCameraTrack();
+    track->SetAnimable(new KVXCameraPlayAnimable(viewer->GetCamera()));
+    for (KVXCameraKeyFrame* keyFrame : keyFrames) {
+        vpe::CNodeKeyFrame key;
+        key.time = keyFrame->GetTime() / 1000.0;
+        const vpe::CVec3<float>& eye = keyFrame->GetCamera()->GetPosition();
+        key.position.set(eye.x(), eye.y(), eye.z());
+        key.rotation = keyFrame->GetCameraRotation();
+        track->AddKeyFrame(key);
+    }
+    vpe::CAnimator* animator = animations->CreateAnimator(KVXAnimationNames::kCameraAnimationName, animation, clock);
+    if (!animator)
+        return nullptr;
+    animator->SetLoop(false);
+    animator->Enable();
+    return animator;
 }
 
 void KVXKeyFrameAnimationManager::deleteCameraAnimator()
@@ -101,13 +365,103 @@ void KVXKeyFrameAnimationManager::deleteCameraAnimator()
     animations->DestroyAnimation(KVXAnimationNames::kCameraAnimationName);
 }
 
+void KVXKeyFrameAnimationManager::SetCameraAnimationDirty()
+{
+    if (m_cameraClock)
+        m_cameraClock->Pause(true);
+    deleteCameraAnimator();
+}
+
+double KVXKeyFrameAnimationManager::getAnimationVideoLength() const
+{
+    if (!m_cameraTrack)
+        return 0.0;
+    std::vector<KVXKeyFrame*> sorted;
+    m_cameraTrack->GetSortedKeyFramesByTime(sorted);
+    return sorted.size() < 2 ? 0.0 : sorted.back()->GetTime() / 1000.0;
+}
+
+void KVXKeyFrameAnimationManager::UpdateTimeLineWidget()
+{
+    KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget();
+    if (!timeLine)
+        return;
+    initKeyFramesButtons();
+}
+
+// ---- playback ----------------------------------------------------------------
+
+bool KVXKeyFrameAnimationManager::datesPlayAlong() const
+{
+    return m_enableDateAnimation && m_dateTrack && m_dateTrack->Size() > 1;
+}
+
+void KVXKeyFrameAnimationManager::PlayAnimation()
+{
+    if (!PfGsUtility::CurrentViewer())
+        return;
+    vpe::CAnimator* animator = getCameraAnimator();
+    if (!animator && m_cameraClock) {
+        animator = createCameraAnimator(m_cameraClock.get());
+        // A new animation starts from its beginning.
+        if (animator)
+            m_cameraClock->Rewind();
+    }
+    if (!animator) {
+        refreshActions();
+        return;
+    }
+    m_cameraClock->Pause(false);
+    m_cameraClock->SetFrozen(false);
+    m_cameraClock->SetEndTime(animator->GetAnimation()->GetLength());
+    if (datesPlayAlong())
+        KVXAnimatorManager::getInstance()->play();
+    m_playState = Playing;
+    refreshActions();
+    markSceneDirty();
+}
+
+void KVXKeyFrameAnimationManager::PauseAnimation()
+{
+    if (!PfGsUtility::CurrentViewer())
+        return;
+    if (m_cameraClock)
+        m_cameraClock->Pause(true);
+    if (m_enableDateAnimation)
+        KVXAnimatorManager::getInstance()->pause();
+    m_playState = Paused;
+    refreshActions();
+}
+
+void KVXKeyFrameAnimationManager::PlayOrPauseAnimation()
+{
+    if (m_playState != Playing)
+        PlayAnimation();
+    else
+        PauseAnimation();
+}
+
+void KVXKeyFrameAnimationManager::PlayAnimationAtTime(unsigned int ms)
+{
+    if (!PfGsUtility::CurrentViewer() || !m_cameraClock)
+        return;
+    m_cameraClock->FreezeAtTime(ms * 0.001);
+    if (!getCameraAnimator())
+        createCameraAnimator(m_cameraClock.get());
+    if (datesPlayAlong())
+        KVXAnimatorManager::getInstance()->play();
+    markSceneDirty();
+    m_playState = Paused;
+    refreshActions();
+}
+
 void KVXKeyFrameAnimationManager::StopAnimation()
 {
     if (!PfGsUtility::CurrentViewer())
         return;
     if (m_cameraClock)
         m_cameraClock->Rewind();
-    if (KVXTimeIndicator* timeLine = GetTimeLineWidget())
+    if (KVXKeyFrameTimeLine* timeLine = GetTimeLineWidget())
         timeLine->SetTimeIndicator(0);
     if (m_cameraClock)
         m_cameraClock->Pause(true);
@@ -115,10 +469,38 @@ void KVXKeyFrameAnimationManager::StopAnimation()
     if (m_dateClock)
         m_dateClock->Rewind();
     KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
-    if (m_enableDateAnimation && schedule->getPlayState() != 0)
+    if (m_enableDateAnimation && schedule->getPlayState() != 0) {
         schedule->stop();
+        schedule->resumeScene();
+        if (KVXScheduleDateLine* dateLine = GetDateLineWidget())
+            dateLine->SetIndicator(dateLine->GetCalendarStartDate());
+    }
     m_playState = Stopped;
+    refreshActions();
 }
+
+void KVXKeyFrameAnimationManager::refreshActions()
+{
+    const bool playing = m_playState == Playing;
+    const QIcon icon(playing ? kPauseIcon : kPlayIcon);
+    if (QAction* action = PfUiActionManager::GetInstance()->FindAction(kPlayPauseActionName)) {
+        action->setChecked(playing);
+        action->setText(playing ? QStringLiteral("暂停") : QStringLiteral("预览"));
+        action->setIcon(icon);
+    }
+    if (btn_paly_or_pause_) {
+        btn_paly_or_pause_->setIcon(icon);
+        btn_paly_or_pause_->setChecked(playing);
+    }
+}
+
+void KVXKeyFrameAnimationManager::markSceneDirty() const
+{
+    if (vpe::CViewer* viewer = PfGsUtility::CurrentViewer())
+        viewer->SetDirty();
+}
+
+// ---- the dates that follow the camera ------------------------------------------
 
 vpe::CClockTimer* KVXKeyFrameAnimationManager::dateSourceClock() const
 {

@@ -4,36 +4,90 @@
 #include "KVXDateAnimationClockTimer.h"
 #include "KVXIndicatorLink.h"
 #include "KVXKeyFramePlayback.h"
+#include "KVXKeyFrameTimeLine.h"
+#include "KVXScheduleDateLine.h"
 
 #include "host/vpe/animation/CClockTimer.h"
 
+#include <QPointer>
+#include <QString>
+
+#include <memory>
+
+class KVXAnimationDocumentReactor;
 class KVXCameraKeyFramesTrack;
 class KVXDateKeyFramesTrack;
+class PfDbDocument;
+class QPushButton;
 
-// The process's controller of camera key-frame animation: the project's two
-// key-frame tracks, the clocks that play them, and the mapping that lets the
-// schedule's date clock follow the camera through the date key frames. It
-// gives itself to the clocks it sets up as their key-frame playback.
+namespace vpe {
+class CAnimator;
+class CCamera;
+}
+
+// The process's controller of roaming-video editing: the project's two
+// key-frame tracks, the clocks that play them, key frames made and deleted
+// at the timeline's indicator inside undoable transactions, the camera
+// animation built from the camera key frames, and play, pause, stop and jump.
+// While the camera plays, the schedule plays along, its date following the
+// camera through the date key frames.
 class KVXKeyFrameAnimationManager : public KVXKeyFramePlayback {
 public:
     enum PlayState { Stopped = 0, Playing = 1, Paused = 2 };
 
     static KVXKeyFrameAnimationManager* GetInstance();
 
-    // The current document's tracks (made when missing) and the clocks on
-    // the current viewer.
+    // The current document's tracks (made when missing), the timeline's
+    // buttons for their key frames, and the clocks on the current viewer.
     void InitAnimationData();
     void UnInitAnimationData();
 
+    // Editing a fly-through: the viewer draws every frame in full and the
+    // document is not saved automatically meanwhile; the date timeline
+    // shows the schedule's dates.
+    void BeginEditKeyFrameAnimation();
+    void EndEditKeyFrameAnimation();
+    bool IsEditing() const { return m_editing; }
+
+    // A camera key frame from the view's camera at the timeline's indicator
+    // (with a date key frame at the date timeline's date while the schedule
+    // plays along); refused, with a notice, while playing or where a camera
+    // key frame is already.
+    void CreateKeyFrame();
+    // The picked button's key frames; a notice when none is picked.
+    void DeleteKeyFrame();
+    // The same without the timelines, for scripts and the command line: a
+    // camera key frame at ms from the camera, and a date key frame when the
+    // date is valid, in one transaction of the current document. Answers
+    // the reason of a refusal, empty when made.
+    QString CreateKeyFrameAt(int ms, const vpe::CCamera& camera, const QDate& date);
+    // Removes the camera and date key frames at ms in one transaction;
+    // false when there are none.
+    bool DeleteKeyFramesAt(int ms);
+
+    void PlayAnimation();
+    void PauseAnimation();
+    void PlayOrPauseAnimation();
+    // Shows the frame at that time, paused there.
+    void PlayAnimationAtTime(unsigned int ms);
     // Back to the start: the camera clock rewound and paused, the camera
     // animation dropped, the date clock rewound and a playing schedule
-    // stopped.
+    // stopped and its scene put back.
     void StopAnimation() override;
 
     PlayState GetPlayState() const { return m_playState; }
     void SetPlayState(PlayState state) { m_playState = state; }
     bool GetEnableDateAnimation() const { return m_enableDateAnimation; }
     void SetEnableDateAnimation(bool enable) { m_enableDateAnimation = enable; }
+
+    // The key frames changed: the camera animation is built again on the
+    // next play.
+    void SetCameraAnimationDirty();
+    // The timeline's buttons built again from the tracks.
+    void UpdateTimeLineWidget();
+    // Seconds from the first to the last camera key frame's moment counted
+    // from 0; 0 with fewer than two.
+    double getAnimationVideoLength() const;
 
     // The date clock's time at the moment the camera (or the video) clock
     // has reached, from the date key frames around it; t unchanged when no
@@ -47,20 +101,32 @@ public:
     // The clock of a video export; null until video export sets one up.
     vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock.get(); }
 
-    // The key-frame timeline and the date timeline the clocks move, set by
-    // whoever shows them (the application, a test, the command line);
-    // clocks set up from then on move them. Null once the widget is gone.
-    static void SetTimeLineWidget(KVXTimeIndicator* timeLine);
-    static KVXTimeIndicator* GetTimeLineWidget() { return s_timeLineWidget.get(); }
-    static void SetDateLineWidget(KVXDateIndicator* dateLine);
-    static KVXDateIndicator* GetDateLineWidget();
+    // The key-frame timeline, the date timeline and the play button, set by
+    // whoever shows them (the application, a test); clocks set up from then
+    // on move the timelines. Null once the widget is gone.
+    static void SetTimeLineWidget(KVXKeyFrameTimeLine* timeLine);
+    static KVXKeyFrameTimeLine* GetTimeLineWidget() { return s_timeLineWidget.get(); }
+    static void SetDateLineWidget(KVXScheduleDateLine* dateLine);
+    static KVXScheduleDateLine* GetDateLineWidget() { return s_dateLineWidget.get(); }
+    static void SetPlayButton(QPushButton* button);
+
+    // The name of the user-interface action that plays and pauses.
+    static const QString kPlayPauseActionName;
 
 private:
     KVXKeyFrameAnimationManager();
 
+    void followDocument(PfDbDocument* document);
+    void initKeyFramesButtons();
     void initClockTimers();
     void uninitClockTimers();
+    vpe::CAnimator* getCameraAnimator() const;
+    vpe::CAnimator* createCameraAnimator(vpe::CClockTimer* clock);
     void deleteCameraAnimator();
+    // The schedule plays along only with two date key frames to follow.
+    bool datesPlayAlong() const;
+    void refreshActions();
+    void markSceneDirty() const;
     // The clock that drives the dates now, or null; copies the camera
     // clock's frozen state to the date clock when it is the camera's.
     vpe::CClockTimer* dateSourceClock() const;
@@ -68,12 +134,19 @@ private:
     KVXCameraKeyFramesTrack* m_cameraTrack = nullptr;
     KVXDateKeyFramesTrack* m_dateTrack = nullptr;
     bool m_enableDateAnimation = true;
+    bool m_editing = false;
     // Held: a timer the registry lets go (its viewer went) must not leave
     // these dangling.
     vpe::CRefPtr<KVXCameraAnimationClockTimer> m_cameraClock;
     vpe::CRefPtr<KVXDateAnimationClockTimer> m_dateClock;
     vpe::CRefPtr<vpe::CClockTimer> m_videoClock;
     PlayState m_playState = Stopped;
+    int m_savedAutoSaveMinutes = 0;
+    unsigned int m_savedMinimumFrameRate = 0;
+    // The tracks belong to the current document: let go when it goes.
+    std::unique_ptr<KVXAnimationDocumentReactor> m_documentReactor;
 
-    static KVXIndicatorLink<KVXTimeIndicator> s_timeLineWidget;
+    static KVXIndicatorLink<KVXKeyFrameTimeLine> s_timeLineWidget;
+    static KVXIndicatorLink<KVXScheduleDateLine> s_dateLineWidget;
+    static QPointer<QPushButton> btn_paly_or_pause_;
 };

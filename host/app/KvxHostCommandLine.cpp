@@ -25,18 +25,26 @@ struct KvxHostCommandLine::Options {
     QString secondsPerDay;
     QString poster;
     bool hasCamera = false;
+    QString cameraText;
     osg::Vec3d eye;
     osg::Vec3d target;
+    QString addTime;
+    QString deleteTime;
+    QString date;
 };
 
 namespace {
 
 const char* const kUsage = "usage: kvxhost demo-site --out FILE.kvx | kvxhost render FILE.kvx --out FILE.png "
                            "[--size WxH] [--camera ex,ey,ez,tx,ty,tz] | kvxhost play FILE.kvx --out FILE.mp4 "
-                           "[--size WxH] [--seconds-per-day S] [--poster FILE.png] [--camera ex,ey,ez,tx,ty,tz]";
+                           "[--size WxH] [--seconds-per-day S] [--poster FILE.png] [--camera ex,ey,ez,tx,ty,tz] | kvxhost keyframes FILE.kvx "
+                           "[--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd] | --delete TIME_MS] "
+                           "[--out FILE.kvx]";
 
 // The animation module's command that films a document's schedule.
 const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VIDEO";
+// The animation module's command that lists and edits key frames.
+const wchar_t* const kKeyFramesCommand = L"KVXElement.KVX_KEY_FRAMES";
 
 // Prints how far a long job has come, a line per tenth.
 class ProgressPrinter : public PfProgressMeter::Listener {
@@ -122,7 +130,8 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
         const QString& argument = arguments[i];
         const bool takesValue = argument == QLatin1String("--out") || argument == QLatin1String("--size") ||
                                 argument == QLatin1String("--camera") || argument == QLatin1String("--poster") ||
-                                argument == QLatin1String("--seconds-per-day");
+                                argument == QLatin1String("--seconds-per-day") || argument == QLatin1String("--add") ||
+                                argument == QLatin1String("--delete") || argument == QLatin1String("--date");
         if (takesValue && i + 1 >= arguments.size()) {
             fail(QStringLiteral("%1 needs a value").arg(argument), 2);
             return false;
@@ -138,7 +147,14 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
             options.secondsPerDay = arguments[++i];
         } else if (argument == QLatin1String("--poster")) {
             options.poster = arguments[++i];
+        } else if (argument == QLatin1String("--add")) {
+            options.addTime = arguments[++i];
+        } else if (argument == QLatin1String("--delete")) {
+            options.deleteTime = arguments[++i];
+        } else if (argument == QLatin1String("--date")) {
+            options.date = arguments[++i];
         } else if (argument == QLatin1String("--camera")) {
+            options.cameraText = arguments[i + 1];
             options.hasCamera = parseCamera(arguments[++i], options.eye, options.target);
             if (!options.hasCamera) {
                 fail(QStringLiteral("--camera wants six numbers ex,ey,ez,tx,ty,tz with eye and target apart, not \"%1\"")
@@ -170,6 +186,8 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return render(options);
     if (options.command == QLatin1String("play"))
         return play(options);
+    if (options.command == QLatin1String("keyframes"))
+        return keyFrames(options);
     if (options.command.isEmpty())
         return fail(QString::fromLatin1(kUsage), 2);
     return fail(QStringLiteral("unknown command %1; %2").arg(options.command, QString::fromLatin1(kUsage)), 2);
@@ -259,5 +277,49 @@ int KvxHostCommandLine::play(const Options& options)
     if (!options.poster.isEmpty())
         m_out << " and its poster to " << options.poster;
     m_out << '\n';
+    return 0;
+}
+
+int KvxHostCommandLine::keyFrames(const Options& options)
+{
+    const bool adding = !options.addTime.isEmpty();
+    const bool deleting = !options.deleteTime.isEmpty();
+    if (options.input.isEmpty() || (adding && deleting))
+        return fail(QStringLiteral("keyframes wants a document, and --add or --delete, not both"), 2);
+    if (adding != options.hasCamera)
+        return fail(QStringLiteral("--add wants --camera, and --camera goes with --add"), 2);
+    if (!options.date.isEmpty() && !adding)
+        return fail(QStringLiteral("--date goes with --add"), 2);
+    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
+    if (!commands || !commands->HasGroup(L"KVXElement"))
+        return fail(QStringLiteral("the animation module is not installed: no key frame can be read"));
+    const QString out = options.out.isEmpty() ? options.input : options.out;
+    QStringList words;
+    if (adding) {
+        words << QStringLiteral("add=%1").arg(options.addTime) << QStringLiteral("camera=%1").arg(options.cameraText);
+        if (!options.date.isEmpty())
+            words << QStringLiteral("date=%1").arg(options.date);
+    } else if (deleting) {
+        words << QStringLiteral("delete=%1").arg(options.deleteTime);
+    }
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    QString message;
+    const Pfad::Error result = commands->RunCommand(kKeyFramesCommand, words, &message);
+    const bool saved = result == Pfad::eOk && (adding || deleting) ? document->Save(out, &error) : true;
+    PfDocManagerPtr()->CloseDocument(document);
+    if (result == Pfad::eKeyNotFound && message.isEmpty())
+        return fail(QStringLiteral("the animation module cannot edit key frames"));
+    if (result == Pfad::eInvalidInput)
+        return fail(message, 2);
+    if (result != Pfad::eOk)
+        return fail(message);
+    if (!saved)
+        return fail(error);
+    m_out << message;
+    if (adding || deleting)
+        m_out << "saved " << out << '\n';
     return 0;
 }

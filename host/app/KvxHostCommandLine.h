@@ -11,7 +11,11 @@ class QTextStream;
 //   kvxhost render FILE.kvx --out FILE.png [--size WxH] [--camera ex,ey,ez,tx,ty,tz]
 //   kvxhost play FILE.kvx --out FILE.mp4 [--size WxH] [--seconds-per-day S] [--poster FILE.png]
 //                [--camera ex,ey,ez,tx,ty,tz]
-// play films the document's schedule through the animation module.
+//   kvxhost keyframes FILE.kvx [--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd]
+//                | --delete TIME_MS] [--out FILE.kvx]
+// play films the document's schedule through the animation module;
+// keyframes lists the document's fly-through key frames or adds or deletes
+// one moment's, saving the document (or a copy, with --out) atomically.
 // Any fault (an unknown command or option, a missing or damaged file, an
 // unwritable output) is one line on the error stream and a non-zero result.
 class KvxHostCommandLine {
@@ -28,6 +32,7 @@ private:
     int demoSite(const Options& options);
     int render(const Options& options);
     int play(const Options& options);
+    int keyFrames(const Options& options);
     // Opens the document, shows it at the size and puts the camera where the
     // options say (or on a three-quarter view of the whole model).
     PfDbDocument* openAndShow(const Options& options, QString& error);

@@ -8,6 +8,7 @@
 #include "keyframe/KVXCameraKeyFramesTrack.h"
 #include "keyframe/KVXDateKeyFrame.h"
 #include "keyframe/KVXDateKeyFramesTrack.h"
+#include "keyframe/KVXKeyFrameAnimationTransactionReactor.h"
 
 #include <QString>
 
@@ -37,6 +38,8 @@ const ModuleClass kModuleClasses[] = {
     {L"KVXKeyFramesTrack", L"PfDbObjContainer", &KVXKeyFramesTrack::Desc},
     {L"KVXCameraKeyFramesTrack", L"KVXKeyFramesTrack", &KVXCameraKeyFramesTrack::Desc},
     {L"KVXDateKeyFramesTrack", L"KVXKeyFramesTrack", &KVXDateKeyFramesTrack::Desc},
+    {L"KVXKeyFrameAnimationTransactionReactor", L"PfDbTransactionReactor",
+     &KVXKeyFrameAnimationTransactionReactor::Desc},
 };
 
 const wchar_t* const kGroupName = L"KVXElement";
@@ -96,6 +99,7 @@ TEST(EntryPoint, unloadBeforeAnyLoadAndUnknownMessagesDoNothing)
 
 TEST(EntryPoint, loadRegistersEveryClassOnceAndASecondLoadKeepsThem)
 {
+    PfDbTransactionReactor::Desc(); // a host class, registered on first use
     const std::size_t before = classes()->Size();
     EXPECT_EQ(PfRxEntryPoint(1, nullptr), 0);
     EXPECT_EQ(classes()->Size(), before + std::size(kModuleClasses));

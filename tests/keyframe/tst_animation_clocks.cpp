@@ -1,11 +1,13 @@
 #include "animation/KVXAnimationNames.h"
 #include "animation/KVXAnimatorManager.h"
+#include "forms/KVXDateTimeLineWidget.h"
 #include "host/app/PfQtView.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDocManager.h"
 #include "host/model/PfGsModelView.h"
 #include "host/vpe/animation/CClockTimerManager.h"
 #include "host/vpe/render/CViewer.h"
+#include "keyframe/KVXAnimationTimeLineWidget.h"
 #include "keyframe/KVXCameraAnimationClockTimer.h"
 #include "keyframe/KVXCameraKeyFramesTrack.h"
 #include "keyframe/KVXCameraPlayAnimable.h"
@@ -227,9 +229,13 @@ TEST_F(AnimationClocks, timelinesThatAreGoneAreNeverCalledAndLiveOnesMove)
     auto* gone = new IndicatorProbe(&callsToGone);
     camera->SetTimeLineWidget(gone);
     date->SetDateTimeLineWidget(gone);
-    KVXKeyFrameAnimationManager::SetDateLineWidget(gone);
-    KVXKeyFrameAnimationManager::SetTimeLineWidget(gone);
+    auto* goneTimeLine = new KVXAnimationTimeLineWidget;
+    auto* goneDateLine = new KVXDateTimeLineWidget;
+    KVXKeyFrameAnimationManager::SetDateLineWidget(goneDateLine);
+    KVXKeyFrameAnimationManager::SetTimeLineWidget(goneTimeLine);
     delete gone;
+    delete goneTimeLine;
+    delete goneDateLine;
     EXPECT_EQ(KVXKeyFrameAnimationManager::GetDateLineWidget(), nullptr);
     EXPECT_EQ(KVXKeyFrameAnimationManager::GetTimeLineWidget(), nullptr);
     camera->Pause(false);
@@ -240,8 +246,8 @@ TEST_F(AnimationClocks, timelinesThatAreGoneAreNeverCalledAndLiveOnesMove)
 
     // Set through the manager, as the application does: the clocks it sets
     // up move them.
-    IndicatorProbe timeLine;
-    IndicatorProbe dateLine;
+    KVXAnimationTimeLineWidget timeLine;
+    KVXDateTimeLineWidget dateLine;
     KVXKeyFrameAnimationManager::SetTimeLineWidget(&timeLine);
     KVXKeyFrameAnimationManager::SetDateLineWidget(&dateLine);
     keyFrames->InitAnimationData();
@@ -251,8 +257,8 @@ TEST_F(AnimationClocks, timelinesThatAreGoneAreNeverCalledAndLiveOnesMove)
     keyFrames->GetCameraAnimationClockTimer()->Pause(false);
     date->Pause(false);
     tick(2.0);
-    EXPECT_EQ(timeLine.timeIndicator, 2000u);
-    EXPECT_EQ(dateLine.dateIndicator, QDate(2020, 1, 3));
+    EXPECT_EQ(timeLine.GetTimeIndicator(), 2000u);
+    EXPECT_EQ(dateLine.GetIndicator(), QDate(2020, 1, 3));
     KVXKeyFrameAnimationManager::SetTimeLineWidget(nullptr);
     KVXKeyFrameAnimationManager::SetDateLineWidget(nullptr);
 }
