@@ -24,6 +24,8 @@
 #include <QIcon>
 #include <QPushButton>
 
+#include <algorithm>
+
 KVXIndicatorLink<KVXKeyFrameTimeLine> KVXKeyFrameAnimationManager::s_timeLineWidget;
 KVXIndicatorLink<KVXScheduleDateLine> KVXKeyFrameAnimationManager::s_dateLineWidget;
 QPointer<QPushButton> KVXKeyFrameAnimationManager::btn_paly_or_pause_;
@@ -482,8 +484,12 @@ void KVXKeyFrameAnimationManager::StopAnimation()
 void KVXKeyFrameAnimationManager::refreshActions()
 {
     const bool playing = m_playState == Playing;
+    QAction* action = PfUiActionManager::GetInstance()->FindAction(kPlayPauseActionName);
+    if (!action && !btn_paly_or_pause_)
+        return;
+    // Made only for a shown action or button: a command line has no pictures.
     const QIcon icon(playing ? kPauseIcon : kPlayIcon);
-    if (QAction* action = PfUiActionManager::GetInstance()->FindAction(kPlayPauseActionName)) {
+    if (action) {
         action->setChecked(playing);
         action->setText(playing ? QStringLiteral("暂停") : QStringLiteral("预览"));
         action->setIcon(icon);
@@ -514,35 +520,59 @@ vpe::CClockTimer* KVXKeyFrameAnimationManager::dateSourceClock() const
     return nullptr;
 }
 
+const std::vector<KVXKeyFrameAnimationManager::DateStop>& KVXKeyFrameAnimationManager::dateStops()
+{
+    PfDbDatabase* database = m_dateTrack ? m_dateTrack->GetDatabase() : nullptr;
+    const unsigned long long change = database ? database->TransactionManager()->GetChangeCount() : 0;
+    if (m_dateStopsTrack == m_dateTrack && m_dateStopsChange == change)
+        return m_dateStops;
+    m_dateStops.clear();
+    m_dateStopsTrack = m_dateTrack;
+    m_dateStopsChange = change;
+    if (!m_dateTrack)
+        return m_dateStops;
+    std::vector<KVXKeyFrame*> sorted;
+    m_dateTrack->GetSortedKeyFramesByTime(sorted);
+    for (KVXKeyFrame* keyFrame : sorted)
+        if (auto* date = KVXDateKeyFrame::Cast(keyFrame))
+            m_dateStops.push_back({date->GetTime(), date->GetDate()});
+    return m_dateStops;
+}
+
 double KVXKeyFrameAnimationManager::UpdateDateClockTimerByCameraClockTimer(double t)
 {
-    if (!m_dateTrack || m_dateTrack->Size() < 2 || !m_dateClock)
+    if (!m_dateClock)
+        return t;
+    const std::vector<DateStop>& stops = dateStops();
+    if (stops.size() < 2)
         return t;
     vpe::CClockTimer* source = dateSourceClock();
     if (!source)
         return t;
     m_dateClock->Pause(false);
     const double cameraTime = source->GetValue();
-    KVXKeyFrame* before = nullptr;
-    KVXKeyFrame* after = nullptr;
-    KVXKeyFrame* exact =
-        m_dateTrack->GetKeyFrameAtTime(static_cast<unsigned int>(cameraTime * 1000.0), before, after);
-    if (auto* date = KVXDateKeyFrame::Cast(exact))
-        return m_dateClock->TimeForDate(date->GetDate());
-    auto* dateBefore = KVXDateKeyFrame::Cast(before);
-    auto* dateAfter = KVXDateKeyFrame::Cast(after);
-    if (dateBefore && dateAfter) {
-        const double t0 = m_dateClock->TimeForDate(dateBefore->GetDate());
-        const double t1 = m_dateClock->TimeForDate(dateAfter->GetDate());
-        const float s0 = dateBefore->GetTimeS();
-        const float s1 = dateAfter->GetTimeS();
+    const qint64 ms = static_cast<unsigned int>(cameraTime * 1000.0);
+    // The first stop at or after the moment: the one at it, or the one after.
+    auto at = std::lower_bound(stops.begin(), stops.end(), ms,
+                               [](const DateStop& stop, qint64 moment) { return stop.ms < moment; });
+    if (at != stops.end() && at->ms == ms)
+        return m_dateClock->TimeForDate(at->date);
+    const DateStop* before = at != stops.begin() ? &*(at - 1) : nullptr;
+    const DateStop* after = at != stops.end() ? &*at : nullptr;
+    if (before && after) {
+        const double t0 = m_dateClock->TimeForDate(before->date);
+        const double t1 = m_dateClock->TimeForDate(after->date);
+        // Key-frame moments in seconds, in single precision as the tracks
+        // give them.
+        const float s0 = static_cast<float>(before->ms) / 1000.0f;
+        const float s1 = static_cast<float>(after->ms) / 1000.0f;
         if (s1 == s0)
             return t0;
         return (cameraTime - s0) * (t1 - t0) / (s1 - s0) + t0;
     }
-    if (dateBefore)
-        return m_dateClock->TimeForDate(dateBefore->GetDate());
-    if (dateAfter)
-        return m_dateClock->TimeForDate(dateAfter->GetDate());
+    if (before)
+        return m_dateClock->TimeForDate(before->date);
+    if (after)
+        return m_dateClock->TimeForDate(after->date);
     return t;
 }

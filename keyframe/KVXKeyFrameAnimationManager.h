@@ -13,6 +13,7 @@
 #include <QString>
 
 #include <memory>
+#include <vector>
 
 class KVXAnimationDocumentReactor;
 class KVXCameraKeyFramesTrack;
@@ -131,6 +132,15 @@ private:
     // clock's frozen state to the date clock when it is the camera's.
     vpe::CClockTimer* dateSourceClock() const;
 
+    // A date key frame as the dates follow it: its moment and its date.
+    struct DateStop {
+        int ms;
+        QDate date;
+    };
+    // The date key frames in time order, looked up on every tick while the
+    // dates follow the camera; sorted again only when the document changed.
+    const std::vector<DateStop>& dateStops();
+
     KVXCameraKeyFramesTrack* m_cameraTrack = nullptr;
     KVXDateKeyFramesTrack* m_dateTrack = nullptr;
     bool m_enableDateAnimation = true;
@@ -143,6 +153,9 @@ private:
     PlayState m_playState = Stopped;
     int m_savedAutoSaveMinutes = 0;
     unsigned int m_savedMinimumFrameRate = 0;
+    std::vector<DateStop> m_dateStops;
+    const KVXDateKeyFramesTrack* m_dateStopsTrack = nullptr;
+    unsigned long long m_dateStopsChange = 0;
     // The tracks belong to the current document: let go when it goes.
     std::unique_ptr<KVXAnimationDocumentReactor> m_documentReactor;
 

@@ -75,6 +75,7 @@ Pfad::Error PfDbTransactionManager::AbortTransaction()
     std::unique_ptr<PfDbTransaction> aborted = std::move(m_active.back());
     m_active.pop_back();
     m_restoring = true;
+    ++m_changes;
     aborted->restore(true);
     m_restoring = false;
     notify([this](PfDbTransactionReactor* r) { r->TransactionAborted(m_database); });
@@ -109,6 +110,7 @@ std::vector<PfDbTransaction*> PfDbTransactionManager::replay(Steps& from, Steps&
     std::vector<PfDbTransaction*> replayed;
     m_restoring = true;
     while (count-- > 0 && !from.empty()) {
+        ++m_changes;
         from.back()->restore(before);
         replayed.push_back(from.back().get());
         to.push_back(std::move(from.back()));
@@ -137,6 +139,7 @@ void PfDbTransactionManager::RemoveGlobalReactor(PfDbTransactionReactor* reactor
 
 void PfDbTransactionManager::ObjectTouched(PfDbObject* object, bool isNew)
 {
+    ++m_changes;
     if (m_active.empty() || m_restoring)
         return;
     m_active.back()->record(object, isNew);

@@ -47,6 +47,10 @@ public:
     // Called by the database and its objects when an object is added (isNew)
     // or about to change: the innermost transaction keeps its state before.
     void ObjectTouched(PfDbObject* object, bool isNew);
+    // Grows whenever an object is added, opened for a change or erased, and
+    // whenever a step is undone, redone or aborted: what a reader worked out
+    // from the database's objects still holds while it stays the same.
+    unsigned long long GetChangeCount() const { return m_changes; }
 
 private:
     using Steps = std::vector<std::unique_ptr<PfDbTransaction>>;
@@ -63,4 +67,5 @@ private:
     Steps m_redo;
     std::vector<PfDbTransactionReactor*> m_reactors;
     bool m_restoring = false;
+    unsigned long long m_changes = 0;
 };

@@ -11,7 +11,13 @@
 
 PfDocManager::PfDocManager() = default;
 
-PfDocManager::~PfDocManager() { CloseAll(); }
+PfDocManager::~PfDocManager()
+{
+    // The process's manager is destroyed at exit, after (or before) the
+    // reactors and the singletons they reach: nobody is told any more.
+    m_reactors.clear();
+    CloseAll();
+}
 
 PfDbDocument* PfDocManager::adopt(std::unique_ptr<PfDbDocument> document)
 {

@@ -316,6 +316,22 @@ TEST_F(AnimationClocks, dateClockFollowsTheCameraThroughDateKeyFrames)
     EXPECT_DOUBLE_EQ(date->GetValue(), 8.0);
 }
 
+TEST_F(AnimationClocks, theDatesFollowAnEditOfTheDateKeyFramesAtOnce)
+{
+    KVXDateKeyFramesTrack* track = keyFrames->GetDateKeyFramesTrack();
+    date->SetDateRange({2020, 1, 1}, {2020, 1, 11});
+    date->SetEndTime(20.0);
+    track->CreateDateKeyFrame(0)->SetDate({2020, 1, 1});
+    KVXDateKeyFrame* fifth = track->CreateDateKeyFrame(4000);
+    fifth->SetDate({2020, 1, 5});
+    camera->Pause(false);
+    tick(2.0);
+    ASSERT_DOUBLE_EQ(date->GetValue(), 4.0);
+    track->RemoveKeyFrame(static_cast<qint64>(fifth->GetHandle()));
+    tick(0.5);
+    EXPECT_DOUBLE_EQ(date->GetValue(), 4.5) << "one date key frame left: the date clock runs by itself";
+}
+
 TEST_F(AnimationClocks, getOrCreateFindsTheRegisteredTimerOfItsClass)
 {
     EXPECT_EQ(KVXCameraAnimationClockTimer::GetOrCreate(KVXAnimationNames::kCameraAnimationClockTimer), camera);

@@ -5,6 +5,7 @@
 #include "host/db/PfDbLoadReport.h"
 #include "host/db/PfDbObjContainer.h"
 #include "host/db/PfDocManager.h"
+#include "host/db/PfDocManagerReactor.h"
 #include "host/model/KVX3dsBaseObject.h"
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfDbBuildingInstance.h"
@@ -290,6 +291,23 @@ TEST(DocumentFile, aRefusedFileLeavesTheOpenDocumentsAlone)
     EXPECT_EQ(manager->Documents().size(), 1u);
     EXPECT_EQ(contents(*current->GetDatabase()), before);
     manager->CloseAll();
+}
+
+// The process's manager goes last, at exit, when a module that listened may
+// be gone already: its documents go without a word to anyone.
+TEST(DocumentManager, goesWithoutTellingItsReactors)
+{
+    struct Probe : PfDocManagerReactor {
+        int calls = 0;
+        void documentActivated(PfDbDocument*) override { ++calls; }
+        void documentToBeDestroyed(PfDbDocument*) override { ++calls; }
+    } probe;
+    {
+        PfDocManager manager;
+        manager.NewDocument();
+        manager.AddReactor(&probe);
+    }
+    EXPECT_EQ(probe.calls, 0);
 }
 
 } // namespace
