@@ -15,10 +15,17 @@ std::wstring KVXGlobalInfo::getTempProjectPath()
         const QString path =
             QDir::temp().filePath(QStringLiteral("kvx-project-%1").arg(QCoreApplication::applicationPid()));
         m_tempProjectPath = path.toStdWString();
+        m_ownDirectory = m_tempProjectPath;
     }
     if (!QDir().mkpath(QString::fromStdWString(m_tempProjectPath)))
         return std::wstring();
     return m_tempProjectPath;
+}
+
+KVXGlobalInfo::~KVXGlobalInfo()
+{
+    if (!m_ownDirectory.empty())
+        QDir(QString::fromStdWString(m_ownDirectory)).removeRecursively();
 }
 
 void KVXGlobalInfo::setTempProjectPath(const std::wstring& path)

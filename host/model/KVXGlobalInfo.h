@@ -4,7 +4,8 @@
 
 // Process-wide facts of the running application. The temporary project
 // directory holds what a project makes while it is open (key-frame
-// thumbnails, for instance); it is created when first asked for.
+// thumbnails, for instance); it is created when first asked for and, unless
+// another one was chosen, removed when the process ends.
 class KVXGlobalInfo {
 public:
     static KVXGlobalInfo* getInstance();
@@ -16,6 +17,10 @@ public:
 
 private:
     KVXGlobalInfo() = default;
+    // Removes the directory made for this process, when it chose it itself:
+    // its thumbnails are of no use to another process.
+    ~KVXGlobalInfo();
 
     std::wstring m_tempProjectPath;
+    std::wstring m_ownDirectory;
 };

@@ -1,26 +1,21 @@
-#include "host/app/KvxHostCommandLine.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDocManager.h"
 #include "host/db/PfDbObjContainer.h"
 #include "host/model/KVX3DElementObject.h"
 
+#include "tests/support/CommandLineRun.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 
+#include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
-#include <QTextStream>
 
 #include <gtest/gtest.h>
 
 namespace {
-
-struct Outcome {
-    int code;
-    QString out;
-    QString err;
-};
 
 // kvxhost keyframes on a saved one-block site.
 class KeyFramesCommand : public ::testing::Test {
@@ -38,12 +33,7 @@ protected:
     Outcome run(QStringList arguments) const
     {
         arguments.prepend(QStringLiteral("keyframes"));
-        QString out, err;
-        QTextStream outStream(&out), errStream(&err);
-        const int code = KvxHostCommandLine(outStream, errStream).Run(arguments);
-        outStream.flush();
-        errStream.flush();
-        return {code, out, err};
+        return runCommandLine(arguments);
     }
     QByteArray bytes() const
     {
@@ -110,6 +100,21 @@ TEST_F(KeyFramesCommand, badWordsAndRefusalsFailWithTheirReasonAndLeaveTheFileAl
         EXPECT_EQ(bytes(), before) << arguments.join(' ');
     }
     EXPECT_EQ(run({folder.filePath(QStringLiteral("missing.kvx"))}).code, 1);
+}
+
+TEST_F(KeyFramesCommand, theProgramLeavesNoThumbnailFolderBehind)
+{
+    QTemporaryDir temporary;
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TMPDIR"), temporary.path());
+    program.setProcessEnvironment(environment);
+    program.start(QStringLiteral(KVX_HOST_PROGRAM),
+                  {"keyframes", site, "--add", "0", "--camera", "-9000,-9000,6000,2000,2000,3000"});
+    ASSERT_TRUE(program.waitForFinished(120000));
+    ASSERT_EQ(program.exitCode(), 0) << program.readAllStandardError().toStdString();
+    EXPECT_TRUE(run({site}).out.startsWith(QStringLiteral("1 camera")));
+    EXPECT_TRUE(QDir(temporary.path()).isEmpty()) << "the thumbnails' folder goes with the program";
 }
 
 } // namespace

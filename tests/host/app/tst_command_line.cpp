@@ -5,6 +5,7 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVXTowerCraneObject.h"
 
+#include "tests/support/CommandLineRun.h"
 #include "tests/support/QtPrinters.h"
 
 #include <QFile>
@@ -16,21 +17,7 @@
 
 namespace {
 
-struct Outcome {
-    int code;
-    QString out;
-    QString err;
-};
-
-Outcome run(const QStringList& arguments)
-{
-    QString out, err;
-    QTextStream outStream(&out), errStream(&err);
-    const int code = KvxHostCommandLine(outStream, errStream).Run(arguments);
-    outStream.flush();
-    errStream.flush();
-    return {code, out, err};
-}
+Outcome run(const QStringList& arguments) { return runCommandLine(arguments); }
 
 class CommandLine : public ::testing::Test {
 protected:
