@@ -32,6 +32,7 @@ KVXAnimationTimeLineWidget::KVXAnimationTimeLineWidget(QWidget* parent)
     setMinimumHeight(m_timeScale->height() + m_panel->minimumHeight() + horizontalScrollBar()->sizeHint().height());
     connect(m_timeScale, SIGNAL(IndicatorMoved(Time_Ms)), this, SLOT(onIndicatorMoved(Time_Ms)));
     connect(horizontalScrollBar(), SIGNAL(valueChanged(int)), this, SLOT(onScrolled(int)));
+    connect(m_timeScale, SIGNAL(ScaleChanged()), this, SLOT(onScaleChanged()));
     setContentWidth(neededWidth());
 }
 
@@ -177,7 +178,12 @@ void KVXAnimationTimeLineWidget::zoom(int notches)
     if (after == before)
         after += notches > 0 ? 1 : -1;
     m_timeScale->SetPixelsPerStep(after);
+}
+
+void KVXAnimationTimeLineWidget::onScaleChanged()
+{
     setContentWidth(neededWidth());
+    keepIndicatorInView();
     repaintAll();
 }
 

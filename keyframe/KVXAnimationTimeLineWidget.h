@@ -47,6 +47,7 @@ protected:
 
 private slots:
     void onScrolled(int value);
+    void onScaleChanged();
 
 private:
     const KVXKeyFrameButton* pickedButton() const;

@@ -18,12 +18,14 @@ void KvxAnimationTimeScale::SetTimeUnit(int milliseconds)
         return;
     m_msPerStep = milliseconds;
     update();
+    emit ScaleChanged();
 }
 
 void KvxAnimationTimeScale::SetPixelsPerStep(int pixels)
 {
     m_pixelsPerStep = qBound(kMinPixelsPerStep, pixels, kMaxPixelsPerStep);
     update();
+    emit ScaleChanged();
 }
 
 void KvxAnimationTimeScale::SetCurrentTime(Time_Ms milliseconds)

@@ -42,6 +42,9 @@ public:
 
 signals:
     void IndicatorMoved(Time_Ms milliseconds);
+    // The time or the width of a step changed: whatever is drawn on the
+    // scale's axis moves.
+    void ScaleChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -124,6 +124,14 @@ TEST_F(KeyFrameTimeLine, theViewFollowsThePlayingIndicatorBothWays)
     EXPECT_GT(timeLine.ContentWidth(), width) << "scrolled to the end, it grows";
 }
 
+TEST_F(KeyFrameTimeLine, aFinerTimeUnitWidensTheContentToTheLastKeyFrame)
+{
+    KVXCameraKeyFrame late(60000);
+    timeLine.CreateCameraKeyFrameButton(&late);
+    scale()->SetTimeUnit(100);
+    EXPECT_GT(timeLine.ContentWidth(), scale()->XForTime(60000));
+}
+
 TEST_F(KeyFrameTimeLine, aClickPicksTheButtonUnderItAndCameraAndDateHalvesAreApart)
 {
     KVXCameraKeyFrame camera(2000);
