@@ -429,8 +429,10 @@ void KVXKeyFrameAnimationManager::PauseAnimation()
         return;
     if (m_cameraClock)
         m_cameraClock->Pause(true);
-    if (m_enableDateAnimation)
-        KVXAnimatorManager::getInstance()->pause();
+    // The schedule's pause plays on when it is paused already.
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    if (m_enableDateAnimation && schedule->getPlayState() == 1)
+        schedule->pause();
     m_playState = Paused;
     refreshActions();
 }

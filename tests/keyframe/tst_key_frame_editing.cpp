@@ -188,6 +188,7 @@ TEST_F(KeyFrameEditing, undoAndRedoOfACreationPauseAndRebuildTheButtons)
         << "built again on the next play";
 
     ASSERT_TRUE(transactions->Redo());
+    EXPECT_EQ(KVXAnimatorManager::getInstance()->getPlayState(), 2) << "a second pause leaves the schedule paused";
     EXPECT_EQ(cameraKeyFrames(), 2u);
     EXPECT_EQ(timeLine.GetKeyFrameButtons().size(), 4u);
     manager->PlayAnimation();
