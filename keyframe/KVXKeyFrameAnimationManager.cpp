@@ -181,6 +181,9 @@ void KVXKeyFrameAnimationManager::BeginEditKeyFrameAnimation()
     if (KVXScheduleDateLine* dateLine = GetDateLineWidget(); dateLine && start.isValid()) {
         dateLine->SetCalendarStartDate(start.addDays(-kCalendarLeadDays));
         dateLine->SetCalendarDateRange(start, schedule->getAllAnimationsEndDate());
+        // A date key frame takes the indicator's date: it must show one.
+        if (!dateLine->GetIndicator().isValid())
+            dateLine->SetIndicator(start);
     }
 }
 

@@ -104,6 +104,7 @@ protected:
 
 TEST_F(KeyFrameEditing, editingTurnsOffAutoSaveAndTheMinimumFrameRateAndShowsTheScheduleDates)
 {
+    EXPECT_EQ(dateLine.GetIndicator(), QDate(2025, 3, 1)) << "a date for the first date key frame";
     manager->EndEditKeyFrameAnimation();
     viewer->SetMinimumFrameRate(12);
     document->SetAutoSaveMinutes(7);
