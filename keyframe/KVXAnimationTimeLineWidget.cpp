@@ -20,6 +20,7 @@ KVXAnimationTimeLineWidget::KVXAnimationTimeLineWidget(QWidget* parent)
     : QScrollArea(parent), m_content(new QWidget), m_timeScale(new KvxAnimationTimeScale(m_content)),
       m_panel(new KVXAnimationKeyFramePanel(m_timeScale, &m_buttons, m_content))
 {
+    qRegisterMetaType<QWheelEvent*>("QWheelEvent*");
     auto* layout = new QVBoxLayout(m_content);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
@@ -33,6 +34,7 @@ KVXAnimationTimeLineWidget::KVXAnimationTimeLineWidget(QWidget* parent)
     connect(m_timeScale, SIGNAL(IndicatorMoved(Time_Ms)), this, SLOT(onIndicatorMoved(Time_Ms)));
     connect(horizontalScrollBar(), SIGNAL(valueChanged(int)), this, SLOT(onScrolled(int)));
     connect(m_timeScale, SIGNAL(ScaleChanged()), this, SLOT(onScaleChanged()));
+    connect(this, SIGNAL(mouseWheel(QWheelEvent*)), this, SLOT(wheelEvent(QWheelEvent*)));
     setContentWidth(neededWidth());
 }
 
@@ -203,6 +205,14 @@ void KVXAnimationTimeLineWidget::wheelEvent(QWheelEvent* event)
         bar->setValue(bar->value() - notches * kGrowthSteps * m_timeScale->GetPixelsPerStep());
     }
     event->accept();
+}
+
+bool KVXAnimationTimeLineWidget::viewportEvent(QEvent* event)
+{
+    if (event->type() != QEvent::Wheel)
+        return QScrollArea::viewportEvent(event);
+    emit mouseWheel(static_cast<QWheelEvent*>(event));
+    return true;
 }
 
 void KVXAnimationTimeLineWidget::resizeEvent(QResizeEvent* event)

@@ -38,11 +38,17 @@ public:
     // The width of the scrolled content, in pixels.
     int ContentWidth() const;
 
+signals:
+    // Every wheel event over the timeline, before it scrolls or zooms.
+    void mouseWheel(QWheelEvent* event);
+
 public slots:
     void onIndicatorMoved(Time_Ms milliseconds);
+    // Ctrl zooms, otherwise it scrolls.
+    void wheelEvent(QWheelEvent* event) override;
 
 protected:
-    void wheelEvent(QWheelEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private slots:

@@ -98,8 +98,10 @@ TEST_F(KeyFrameTimeLine, labelsReadMinutesAndSecondsWithHoursInFront)
 
 TEST_F(KeyFrameTimeLine, ctrlWheelZoomsWithinFourToAHundredPixelsAndThePlainWheelScrolls)
 {
+    QSignalSpy wheels(&timeLine, SIGNAL(mouseWheel(QWheelEvent*)));
     for (int i = 0; i < 30; ++i)
         wheel(120, Qt::ControlModifier);
+    EXPECT_EQ(wheels.size(), 30);
     EXPECT_EQ(scale()->GetPixelsPerStep(), KvxAnimationTimeScale::kMaxPixelsPerStep);
     for (int i = 0; i < 30; ++i)
         wheel(-120, Qt::ControlModifier);
