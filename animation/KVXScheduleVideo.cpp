@@ -11,7 +11,6 @@
 #include "host/vpe/video/ZVideoFFmpeg.h"
 
 #include <QCoreApplication>
-#include <QFile>
 
 #include <cmath>
 
@@ -182,9 +181,11 @@ bool KVXScheduleVideo::Export(const Options& options, QString* error)
     const int frames = FrameCount(length);
     const bool drawn = filmFrames(viewer, recorder, frames, options.poster, reason);
     recorder->RecordEnd(frames / double(kFramesPerSecond));
-    const bool finished = viewer->GetVideoMaker()->Finish(drawn ? &reason : nullptr);
-    if (!drawn || !finished) {
-        QFile::remove(options.file);
+    // A film that failed half-way is dropped; a file of that name from
+    // before stays as it was.
+    const bool finished = drawn && viewer->GetVideoMaker()->Finish(&reason);
+    if (!finished) {
+        viewer->GetVideoMaker()->Cancel();
         return fail(error, reason);
     }
     return true;

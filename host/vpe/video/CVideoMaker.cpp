@@ -3,11 +3,34 @@
 #include "CVideoMakerFFmpegPlugin.h"
 #include "ZVideoFFmpeg.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstdio>
+
 namespace vpe {
 
 namespace {
 bool pluginLoaded = false;
+
+// Beside the video, hidden, and this process's own.
+QString partialPathFor(const QString& filePath)
+{
+    const QFileInfo target(filePath);
+    return target.dir().filePath(
+        QStringLiteral(".%1.%2.part").arg(target.fileName()).arg(QCoreApplication::applicationPid()));
 }
+
+// The encoder names the file it writes; the user knows the video's name.
+bool renamed(bool ok, QString* error, const QString& partial, const QString& target)
+{
+    if (!ok && error)
+        error->replace(partial, target);
+    return ok;
+}
+} // namespace
 
 bool CVideoMakerFFmpegPlugin::LoadPlugin()
 {
@@ -31,7 +54,12 @@ bool CVideoMaker::Begin(const QString& filePath, int width, int height, unsigned
     }
     if (!m_encoder)
         m_encoder = std::make_unique<ZVideoFFmpeg>();
-    return m_encoder->Open(filePath, width, height, static_cast<int>(framesPerSecond), error);
+    if (m_encoder->IsOpen())
+        return m_encoder->Open(filePath, width, height, static_cast<int>(framesPerSecond), error);
+    m_target = filePath;
+    m_partial = partialPathFor(filePath);
+    return renamed(m_encoder->Open(m_partial, width, height, static_cast<int>(framesPerSecond), error), error,
+                   m_partial, m_target);
 }
 
 bool CVideoMaker::AddFrame(const QImage& frame, QString* error)
@@ -51,7 +79,16 @@ bool CVideoMaker::Finish(QString* error)
             *error = QStringLiteral("no video is being made");
         return false;
     }
-    return m_encoder->Finish(error);
+    if (!renamed(m_encoder->Finish(error), error, m_partial, m_target))
+        return false;
+    // One step on the same file system: the old video, or the new one.
+    if (std::rename(QFile::encodeName(m_partial).constData(), QFile::encodeName(m_target).constData()) != 0) {
+        QFile::remove(m_partial);
+        if (error)
+            *error = QStringLiteral("Cannot write the video file \"%1\"").arg(m_target);
+        return false;
+    }
+    return true;
 }
 
 void CVideoMaker::Cancel()

@@ -32,6 +32,11 @@ protected:
 
 private:
     std::unique_ptr<ZVideoFFmpeg> m_encoder;
+    // The video is made in a partial file beside it, which takes its place
+    // only when it is finished: a failed or cancelled video leaves an
+    // earlier file of that name as it was.
+    QString m_target;
+    QString m_partial;
 };
 
 } // namespace vpe

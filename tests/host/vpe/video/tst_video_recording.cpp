@@ -6,6 +6,7 @@
 #include "tests/support/QtPrinters.h"
 #include "tests/support/VideoProbe.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -83,6 +84,33 @@ TEST_F(VideoRecording, anUnwritablePathIsRefusedAndLeavesNoFile)
     QImage frame;
     viewer->Frame(frame);
     EXPECT_FALSE(QFile::exists(target));
+}
+
+TEST_F(VideoRecording, anOldFileStaysUntilTheNewVideoIsFinished)
+{
+    vpe::CVideoMakerFFmpegPlugin::LoadPlugin();
+    const QString target = path("fly.mp4");
+    QFile old(target);
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly) && old.write("an earlier film") > 0);
+    old.close();
+    vpe::CVideoMaker* maker = viewer->GetVideoMaker();
+    QImage frame(64, 48, QImage::Format_RGB32);
+    frame.fill(Qt::blue);
+    for (bool finish : {false, true}) {
+        QString error;
+        ASSERT_TRUE(maker->Begin(target, 64, 48, 24, &error)) << error;
+        ASSERT_TRUE(maker->AddFrame(frame, &error)) << error;
+        QFile file(target);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), QByteArray("an earlier film")) << "while the new one is made";
+        file.close();
+        if (finish)
+            ASSERT_TRUE(maker->Finish(&error)) << error;
+        else
+            maker->Cancel();
+        EXPECT_EQ(QDir(directory.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"fly.mp4"});
+    }
+    EXPECT_TRUE(probeVideo(target).contains(QLatin1String("nb_read_frames=1")));
 }
 
 } // namespace
