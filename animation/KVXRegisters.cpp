@@ -51,6 +51,8 @@ void KVXRegisters::addCommands()
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXKeyFramesCommand::RunCommand));
+    commands->AddCommand(m_groupName, KVXKeyFramesCommand::kExportCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXKeyFramesCommand::RunExportCommand));
     commands->AddCommand(m_groupName, KVXKeyFrameAnimationManager::kPlayPauseActionName.toStdWString(),
                          [] { KVXKeyFrameAnimationManager::GetInstance()->PlayOrPauseAnimation(); });
 }

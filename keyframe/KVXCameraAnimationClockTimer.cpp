@@ -22,5 +22,5 @@ void KVXCameraAnimationClockTimer::Update(unsigned int message, void* data)
 
 KVXCameraAnimationClockTimer* KVXCameraAnimationClockTimer::GetOrCreate(const std::string& name)
 {
-    return getOrCreate<KVXCameraAnimationClockTimer>(name);
+    return KVXClockTimers::GetOrCreate<KVXCameraAnimationClockTimer>(name);
 }

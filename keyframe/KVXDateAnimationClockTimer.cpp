@@ -59,5 +59,5 @@ void KVXDateAnimationClockTimer::Update(unsigned int message, void* data)
 
 KVXDateAnimationClockTimer* KVXDateAnimationClockTimer::GetOrCreate(const std::string& name)
 {
-    return getOrCreate<KVXDateAnimationClockTimer>(name);
+    return KVXClockTimers::GetOrCreate<KVXDateAnimationClockTimer>(name);
 }

@@ -1,8 +1,5 @@
 #include "KVXFreeazbleClockTimer.h"
 
-#include "host/model/PfGsUtility.h"
-#include "host/vpe/render/CViewer.h"
-
 KVXFreeazbleClockTimer::KVXFreeazbleClockTimer(vpe::CRefPtr<vpe::CClock> clock, std::string name)
     : vpe::CClockTimer(std::move(clock), std::move(name))
 {
@@ -43,8 +40,3 @@ void KVXFreeazbleClockTimer::FreezeAtTime(double seconds)
     m_freezeTicks = 0;
 }
 
-vpe::CClock* KVXFreeazbleClockTimer::currentViewerClock()
-{
-    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
-    return viewer ? viewer->GetClock() : nullptr;
-}

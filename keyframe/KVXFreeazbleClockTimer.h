@@ -1,7 +1,8 @@
 #pragma once
 
+#include "KVXClockTimers.h"
+
 #include "host/vpe/animation/CClockTimer.h"
-#include "host/vpe/animation/CClockTimerManager.h"
 
 #include <string>
 
@@ -29,39 +30,9 @@ public:
 protected:
     ~KVXFreeazbleClockTimer() override = default;
 
-    // The registry's timer of that name when it is a Timer on the clock of a
-    // viewer that still exists (the current one's, or that of another open
-    // document: its end time and date range stay); otherwise a new Timer on
-    // the current viewer's clock, registered under the name (a timer of
-    // another class keeps its place; one of this class left on the clock of
-    // a viewer that is gone is dropped, since it would never move again).
-    // Null without a current viewer.
-    template <class Timer>
-    static Timer* getOrCreate(const std::string& name);
-
 private:
-    static vpe::CClock* currentViewerClock();
-
     bool m_frozen = false;
     int m_freezeTicks = 0;
     double m_endTime = 0.0;
     bool m_wrapAtEnd = false;
 };
-
-template <class Timer>
-Timer* KVXFreeazbleClockTimer::getOrCreate(const std::string& name)
-{
-    vpe::CClock* clock = currentViewerClock();
-    if (!clock)
-        return nullptr;
-    vpe::CClockTimerManager* registry = vpe::CClockTimerManager::GetInstance();
-    if (auto* found = dynamic_cast<Timer*>(registry->Find(name))) {
-        const vpe::CClock* own = found->GetClock();
-        if (own == clock || (own && !own->IsRetired()))
-            return found;
-        registry->Remove(found);
-    }
-    auto* timer = new Timer(clock, name);
-    registry->Add(timer);
-    return timer;
-}

@@ -16,7 +16,11 @@
 #include "host/model/PfEdInformation.h"
 #include "host/model/PfGsUtility.h"
 #include "host/model/PfUiActionManager.h"
+#include "host/rx/PfEdCommandStack.h"
+#include "host/rx/PfRxDictionary.h"
 #include "host/vpe/animation/CClockTimerManager.h"
+#include "host/vpe/animation/CTimeSourceManager.h"
+#include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 
@@ -29,6 +33,7 @@
 KVXIndicatorLink<KVXKeyFrameTimeLine> KVXKeyFrameAnimationManager::s_timeLineWidget;
 KVXIndicatorLink<KVXScheduleDateLine> KVXKeyFrameAnimationManager::s_dateLineWidget;
 QPointer<QPushButton> KVXKeyFrameAnimationManager::btn_paly_or_pause_;
+KVXKeyFrameAnimationManager::VideoOptionsPrompt KVXKeyFrameAnimationManager::s_videoOptionsPrompt = nullptr;
 const QString KVXKeyFrameAnimationManager::kPlayPauseActionName = QStringLiteral("KVX_PREVIEW_ANIMATION_PLAY_PAUSE");
 
 namespace {
@@ -73,6 +78,8 @@ void KVXKeyFrameAnimationManager::SetDateLineWidget(KVXScheduleDateLine* dateLin
 }
 
 void KVXKeyFrameAnimationManager::SetPlayButton(QPushButton* button) { btn_paly_or_pause_ = button; }
+
+void KVXKeyFrameAnimationManager::SetVideoOptionsPrompt(VideoOptionsPrompt prompt) { s_videoOptionsPrompt = prompt; }
 
 // ---- set-up ----------------------------------------------------------------
 
@@ -139,6 +146,11 @@ void KVXKeyFrameAnimationManager::initClockTimers()
         m_dateClock->SetDateTimeLineWidget(GetDateLineWidget());
         m_dateClock->Pause(true);
     }
+    m_videoClock = KVXVideoRecordClockTimer::GetOrCreateClockTimer(KVXAnimationNames::kVideoRecordClockTimer);
+    if (m_videoClock) {
+        m_videoClock->SetKeyFramePlayback(this);
+        m_videoClock->Pause(true);
+    }
     // The viewer's default timer goes on ticking with the viewer's clock.
     vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
     vpe::CClockTimer* defaultTimer =
@@ -157,6 +169,161 @@ void KVXKeyFrameAnimationManager::uninitClockTimers()
     m_cameraClock = nullptr;
     m_dateClock = nullptr;
     m_videoClock = nullptr;
+}
+
+// ---- video export ----------------------------------------------------------------
+
+namespace {
+const char* const kVideoTimeSourceName = "animation_video_time_source";
+
+void runHostCommand(const wchar_t* name)
+{
+    if (auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName)))
+        commands->RunCommand(name);
+}
+
+vpe::CVideoRecorderTimeSource* videoTimeSource(unsigned int framesPerSecond)
+{
+    vpe::CTimeSourceManager* sources = vpe::CTimeSourceManager::GetInstance();
+    auto* source = dynamic_cast<vpe::CVideoRecorderTimeSource*>(sources->Find(kVideoTimeSourceName));
+    if (!source) {
+        source = new vpe::CVideoRecorderTimeSource(framesPerSecond);
+        sources->Add(kVideoTimeSourceName, source);
+    }
+    source->Reset();
+    source->SetFrameRate(framesPerSecond);
+    return source;
+}
+} // namespace
+
+void KVXKeyFrameAnimationManager::OutputVideo()
+{
+    if (!PfGsUtility::CurrentViewer())
+        return;
+    VideoOptions options;
+    if (getAnimationVideoLength() <= 0.0) {
+        PfEdInformation(QStringLiteral("尚未制作动画"), kNotice);
+        return;
+    }
+    if (!s_videoOptionsPrompt || !s_videoOptionsPrompt(options))
+        return;
+    QString error;
+    if (!ExportVideo(options, &error))
+        PfEdInformation(error, kNotice);
+}
+
+bool KVXKeyFrameAnimationManager::ExportVideo(const VideoOptions& options, QString* error)
+{
+    QString reason;
+    QString& why = error ? *error : reason;
+    if (!PfGsUtility::CurrentViewer() || m_recording) {
+        why = QStringLiteral("没有可以导出的视图");
+        return false;
+    }
+    StopAnimation();
+    if (!m_videoClock)
+        initClockTimers();
+    vpe::CAnimator* animator = m_videoClock ? createCameraAnimator(m_videoClock.get()) : nullptr;
+    if (!animator) {
+        why = QStringLiteral("尚未制作动画");
+        return false;
+    }
+    m_videoClock->BeginRecord(animator->GetAnimation()->GetLength(), options.frameRate);
+    if (datesPlayAlong())
+        KVXAnimatorManager::getInstance()->play();
+    markSceneDirty();
+    if (!BeginRecordVideo(options, &why)) {
+        closeRecording(false);
+        return false;
+    }
+    if (!recordFrames(&why)) {
+        closeRecording(false);
+        return false;
+    }
+    if (!m_recordError.isEmpty())
+        why = m_recordError;
+    return m_recordError.isEmpty();
+}
+
+bool KVXKeyFrameAnimationManager::BeginRecordVideo(const VideoOptions& options, QString* error)
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (!viewer)
+        return false;
+    runHostCommand(L"KVX.KVX_STOP_AUTO_SAVE");
+    m_recording = true;
+    m_recordError.clear();
+    if (options.offScreen) {
+        viewer->GetOffscreenTool()->SetSize(static_cast<int>(options.width), static_cast<int>(options.height));
+        viewer->GetOffscreenTool()->Begin();
+    }
+    vpe::CVideoRecorder* recorder = viewer->GetAnimationManager()->GetOrCreateVideoRecorder();
+    recorder->SetResolution(viewer->GetActiveViewportWidth(), viewer->GetActiveViewportHeight());
+    recorder->SetFileName(QString::fromStdWString(options.fileName));
+    recorder->SetFrameRate(options.frameRate);
+    m_keptTimeSource = viewer->GetTimeSource();
+    viewer->SetTimeSource(videoTimeSource(options.frameRate));
+    return recorder->RecordBegin(0.0, error);
+}
+
+bool KVXKeyFrameAnimationManager::recordFrames(QString* error)
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    vpe::CVideoRecorder* recorder = viewer->GetAnimationManager()->GetVideoRecorder();
+    QImage frame;
+    // The first frame shows the fly-through at its time 0.
+    if (!viewer->FrameAtCurrentTime(frame, error))
+        return false;
+    while (m_recording && recorder->IsRecording())
+        if (!viewer->Frame(frame, error))
+            return false;
+    if (m_recording) {
+        // The encoder gave up half-way.
+        if (error)
+            *error = recorder->LastError();
+        return false;
+    }
+    return true;
+}
+
+void KVXKeyFrameAnimationManager::EndRecordVideo()
+{
+    if (!m_recording)
+        return;
+    closeRecording(true);
+    if (m_recordError.isEmpty())
+        PfEdInformation(QStringLiteral("导出视频完成!"), kNotice);
+}
+
+void KVXKeyFrameAnimationManager::closeRecording(bool finished)
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    if (viewer && m_recording) {
+        vpe::CVideoRecorder* recorder = viewer->GetAnimationManager()->GetOrCreateVideoRecorder();
+        const bool wasRecording = recorder->IsRecording();
+        recorder->RecordEnd(m_videoClock ? m_videoClock->GetValue() : 0.0);
+        if (finished && wasRecording)
+            viewer->GetVideoMaker()->Finish(&m_recordError);
+        else
+            viewer->GetVideoMaker()->Cancel();
+        if (finished && !wasRecording)
+            m_recordError = recorder->LastError();
+        viewer->GetOffscreenTool()->End();
+        viewer->SetTimeSource(m_keptTimeSource.get());
+        m_keptTimeSource = nullptr;
+        runHostCommand(L"KVX.KVX_START_AUTO_SAVE");
+    }
+    m_recording = false;
+    if (m_videoClock)
+        m_videoClock->EndRecord();
+    if (m_cameraClock)
+        m_cameraClock->Pause(true);
+    deleteCameraAnimator();
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    if (datesPlayAlong() && schedule->getPlayState() != 0) {
+        schedule->stop();
+        schedule->resumeScene();
+    }
 }
 
 // ---- editing -----------------------------------------------------------------

@@ -6,13 +6,16 @@
 #include "KVXKeyFramePlayback.h"
 #include "KVXKeyFrameTimeLine.h"
 #include "KVXScheduleDateLine.h"
+#include "KVXVideoRecordClockTimer.h"
 
 #include "host/vpe/animation/CClockTimer.h"
+#include "host/vpe/animation/CTimeSource.h"
 
 #include <QPointer>
 #include <QString>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 class KVXAnimationDocumentReactor;
@@ -35,6 +38,20 @@ class CCamera;
 class KVXKeyFrameAnimationManager : public KVXKeyFramePlayback {
 public:
     enum PlayState { Stopped = 0, Playing = 1, Paused = 2 };
+
+    // How a fly-through is exported: always at 24 frames a second, always
+    // drawn off screen at the video's size.
+    struct VideoOptions {
+        unsigned int width = 1280;
+        unsigned int height = 720;
+        unsigned int frameRate = 24;
+        std::wstring fileName;
+        bool offScreen = true;
+    };
+    // Asks the user how to export; false when cancelled. The output settings
+    // dialog, above this level, gives itself.
+    using VideoOptionsPrompt = bool (*)(VideoOptions& options);
+    static void SetVideoOptionsPrompt(VideoOptionsPrompt prompt);
 
     static KVXKeyFrameAnimationManager* GetInstance();
 
@@ -90,6 +107,22 @@ public:
     // from 0; 0 with fewer than two.
     double getAnimationVideoLength() const;
 
+    // Asks for the options, then exports the fly-through; the user is told
+    // when there is nothing to export or the video cannot be written.
+    void OutputVideo();
+    // Exports the fly-through frame by frame with those options, the schedule
+    // playing along; false with the reason when there is no fly-through (two
+    // camera key frames at least) or the video cannot be written, and then
+    // an earlier file of that name stays as it was.
+    bool ExportVideo(const VideoOptions& options, QString* error = nullptr);
+    // The recording's set-up: auto-save stopped, drawing off screen at the
+    // video's size, the recorder opened and the video time source in place.
+    bool BeginRecordVideo(const VideoOptions& options, QString* error = nullptr);
+    // The video clock reached the end: the file finished and everything set
+    // back as it was before the export.
+    void EndRecordVideo() override;
+    bool IsRecordingVideo() const { return m_recording; }
+
     // The date clock's time at the moment the camera (or the video) clock
     // has reached, from the date key frames around it; t unchanged when no
     // camera animation with at least two date key frames drives the dates.
@@ -99,8 +132,7 @@ public:
     KVXDateKeyFramesTrack* GetDateKeyFramesTrack() const { return m_dateTrack; }
     KVXCameraAnimationClockTimer* GetCameraAnimationClockTimer() const { return m_cameraClock.get(); }
     KVXDateAnimationClockTimer* GetDateAnimationClockTimer() const { return m_dateClock.get(); }
-    // The clock of a video export; null until video export sets one up.
-    vpe::CClockTimer* GetVideoRecordClockTimer() const { return m_videoClock.get(); }
+    KVXVideoRecordClockTimer* GetVideoRecordClockTimer() const { return m_videoClock.get(); }
 
     // The key-frame timeline, the date timeline and the play button, set by
     // whoever shows them (the application, a test); clocks set up from then
@@ -124,6 +156,12 @@ private:
     vpe::CAnimator* getCameraAnimator() const;
     vpe::CAnimator* createCameraAnimator(vpe::CClockTimer* clock);
     void deleteCameraAnimator();
+    // Draws and records frames until the video clock ends the recording;
+    // false with the reason when a frame cannot be drawn or encoded.
+    bool recordFrames(QString* error);
+    // Sets back what BeginRecordVideo changed; finished, the video takes its
+    // place, otherwise it is dropped.
+    void closeRecording(bool finished);
     // The schedule plays along only with two date key frames to follow.
     bool datesPlayAlong() const;
     void refreshActions();
@@ -149,9 +187,14 @@ private:
     // these dangling.
     vpe::CRefPtr<KVXCameraAnimationClockTimer> m_cameraClock;
     vpe::CRefPtr<KVXDateAnimationClockTimer> m_dateClock;
-    vpe::CRefPtr<vpe::CClockTimer> m_videoClock;
+    vpe::CRefPtr<KVXVideoRecordClockTimer> m_videoClock;
     PlayState m_playState = Stopped;
     int m_savedAutoSaveMinutes = 0;
+    // The export under way: the viewer's time source before it, and how the
+    // video was finished.
+    bool m_recording = false;
+    vpe::CRefPtr<vpe::CTimeSource> m_keptTimeSource;
+    QString m_recordError;
     unsigned int m_savedMinimumFrameRate = 0;
     std::vector<DateStop> m_dateStops;
     const KVXDateKeyFramesTrack* m_dateStopsTrack = nullptr;
@@ -162,4 +205,5 @@ private:
     static KVXIndicatorLink<KVXKeyFrameTimeLine> s_timeLineWidget;
     static KVXIndicatorLink<KVXScheduleDateLine> s_dateLineWidget;
     static QPointer<QPushButton> btn_paly_or_pause_;
+    static VideoOptionsPrompt s_videoOptionsPrompt;
 };

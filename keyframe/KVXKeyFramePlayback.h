@@ -11,6 +11,8 @@ public:
     virtual double UpdateDateClockTimerByCameraClockTimer(double t) = 0;
     // The camera animation has run past its end.
     virtual void StopAnimation() = 0;
+    // The video clock has reached the end of the fly-through being exported.
+    virtual void EndRecordVideo() = 0;
 
 protected:
     ~KVXKeyFramePlayback() = default;

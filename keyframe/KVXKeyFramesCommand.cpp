@@ -3,13 +3,17 @@
 #include "KVXCameraKeyFramesTrack.h"
 #include "KVXDateKeyFramesTrack.h"
 #include "KVXKeyFrameAnimationManager.h"
+#include "KVXVideoSettings.h"
 #include "host/db/PfDocManager.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 
 const wchar_t* const KVXKeyFramesCommand::kCommandName = L"KVX_KEY_FRAMES";
+const wchar_t* const KVXKeyFramesCommand::kExportCommandName = L"KVX_EXPORT_FLY_THROUGH";
 
 namespace {
 // The target printed for a camera: any point on its line of sight gives the
@@ -110,6 +114,40 @@ Pfad::Error KVXKeyFramesCommand::RunCommand(const QStringList& arguments, QStrin
     }
     if (message)
         *message = Listing();
+    return Pfad::eOk;
+}
+
+Pfad::Error KVXKeyFramesCommand::RunExportCommand(const QStringList& arguments, QString* message)
+{
+    QString out;
+    QString size = QStringLiteral("1280x720");
+    for (const QString& word : arguments) {
+        const QString key = word.section(QLatin1Char('='), 0, 0);
+        if (key == QLatin1String("out"))
+            out = word.section(QLatin1Char('='), 1);
+        else if (key == QLatin1String("size"))
+            size = word.section(QLatin1Char('='), 1);
+        else
+            return refuse(message, QStringLiteral("unknown word \"%1\"").arg(word));
+    }
+    const QString path = out.isEmpty() ? out : QFileInfo(out).absoluteFilePath();
+    const QString problem = KVXVideoSettings::Problem(path, size);
+    if (!problem.isEmpty())
+        return refuse(message, problem);
+    KVXKeyFrameAnimationManager::VideoOptions options;
+    KVXVideoSettings::ParseResolution(size, options.width, options.height);
+    options.fileName = path.toStdWString();
+    KVXKeyFrameAnimationManager* manager = KVXKeyFrameAnimationManager::GetInstance();
+    manager->InitAnimationData();
+    QString reason;
+    if (!manager->ExportVideo(options, &reason)) {
+        if (message)
+            *message = reason;
+        return Pfad::eNotApplicable;
+    }
+    if (message)
+        *message = QStringLiteral("%1 s of fly-through, %2 frames").arg(manager->getAnimationVideoLength())
+                       .arg(static_cast<int>(manager->getAnimationVideoLength() * options.frameRate));
     return Pfad::eOk;
 }
 

@@ -10,6 +10,7 @@
 #include "host/rx/PfRxDictionary.h"
 #include "host/vpe/render/CViewer.h"
 
+#include <QElapsedTimer>
 #include <QTextStream>
 
 #include <osg/ComputeBoundsVisitor>
@@ -39,14 +40,17 @@ const char* const kUsage = "usage: kvxhost demo-site --out FILE.kvx | kvxhost re
                            "[--size WxH] [--camera ex,ey,ez,tx,ty,tz] | kvxhost play FILE.kvx --out FILE.mp4 "
                            "[--size WxH] [--seconds-per-day S] [--poster FILE.png] [--camera ex,ey,ez,tx,ty,tz] | kvxhost keyframes FILE.kvx "
                            "[--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd] | --delete TIME_MS] "
-                           "[--out FILE.kvx]";
+                           "[--out FILE.kvx] | kvxhost export FILE.kvx --out FILE.mp4 [--size WxH]";
 
 // The animation module's command that films a document's schedule.
 const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VIDEO";
 // The animation module's command that lists and edits key frames.
 const wchar_t* const kKeyFramesCommand = L"KVXElement.KVX_KEY_FRAMES";
+// The animation module's command that films a document's fly-through.
+const wchar_t* const kExportCommand = L"KVXElement.KVX_EXPORT_FLY_THROUGH";
 
-// Prints how far a long job has come, a line per tenth.
+// Prints how far a long job has come, a line per tenth: a bar, the steps
+// done, the time it has taken and about how long is left.
 class ProgressPrinter : public PfProgressMeter::Listener {
 public:
     explicit ProgressPrinter(QTextStream& out) : m_out(out) {}
@@ -54,6 +58,8 @@ public:
     {
         m_out << caption << ": " << total << " frames\n";
         m_out.flush();
+        m_tenth = 0;
+        m_clock.start();
     }
     void progressed(int done, int total) override
     {
@@ -61,7 +67,11 @@ public:
         if (tenth == m_tenth)
             return;
         m_tenth = tenth;
-        m_out << "  " << done << " / " << total << '\n';
+        const double elapsed = m_clock.elapsed() / 1000.0;
+        const double left = done > 0 ? elapsed * (total - done) / done : 0.0;
+        m_out << "  [" << QString(tenth, QLatin1Char('#')) << QString(10 - tenth, QLatin1Char('.')) << "] " << done
+              << " / " << total << ", " << QString::number(elapsed, 'f', 1) << " s, about "
+              << QString::number(left, 'f', 0) << " s left\n";
         m_out.flush();
     }
     void stopped() override {}
@@ -69,6 +79,7 @@ public:
 private:
     QTextStream& m_out;
     int m_tenth = 0;
+    QElapsedTimer m_clock;
 };
 
 bool parseSize(const QString& text, int& width, int& height)
@@ -188,6 +199,8 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return play(options);
     if (options.command == QLatin1String("keyframes"))
         return keyFrames(options);
+    if (options.command == QLatin1String("export"))
+        return exportFlyThrough(options);
     if (options.command.isEmpty())
         return fail(QString::fromLatin1(kUsage), 2);
     return fail(QStringLiteral("unknown command %1; %2").arg(options.command, QString::fromLatin1(kUsage)), 2);
@@ -321,5 +334,35 @@ int KvxHostCommandLine::keyFrames(const Options& options)
     m_out << message;
     if (adding || deleting)
         m_out << "saved " << out << '\n';
+    return 0;
+}
+
+int KvxHostCommandLine::exportFlyThrough(const Options& options)
+{
+    if (options.input.isEmpty() || options.out.isEmpty())
+        return fail(QStringLiteral("export wants a document and --out FILE.mp4"), 2);
+    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
+    if (!commands || !commands->HasGroup(L"KVXElement"))
+        return fail(QStringLiteral("the animation module is not installed: no fly-through can be exported"));
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    const QStringList words{QStringLiteral("out=%1").arg(options.out),
+                            QStringLiteral("size=%1x%2").arg(options.width).arg(options.height)};
+    ProgressPrinter printer(m_out);
+    PfProgressMeter::Listener* previous = PfProgressMeter::InstallListener(&printer);
+    QString message;
+    const Pfad::Error result = commands->RunCommand(kExportCommand, words, &message);
+    PfProgressMeter::InstallListener(previous);
+    PfDocManagerPtr()->CloseDocument(document);
+    if (result == Pfad::eKeyNotFound && message.isEmpty())
+        return fail(QStringLiteral("the animation module cannot export fly-throughs"));
+    if (result == Pfad::eInvalidInput)
+        return fail(message, 2);
+    if (result != Pfad::eOk)
+        return fail(message);
+    m_out << "wrote the fly-through of " << options.input << " to " << options.out << " (" << options.width << 'x'
+          << options.height << ", 24 frames a second): " << message << '\n';
     return 0;
 }

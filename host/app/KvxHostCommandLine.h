@@ -14,6 +14,7 @@ class QTextStream;
 //   kvxhost keyframes FILE.kvx [--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd]
 //                | --delete TIME_MS] [--out FILE.kvx]
 // play films the document's schedule through the animation module;
+//   kvxhost export FILE.kvx --out FILE.mp4 [--size WxH]
 // keyframes lists the document's fly-through key frames or adds or deletes
 // one moment's, saving the document (or a copy, with --out) atomically.
 // Any fault (an unknown command or option, a missing or damaged file, an
@@ -33,6 +34,7 @@ private:
     int render(const Options& options);
     int play(const Options& options);
     int keyFrames(const Options& options);
+    int exportFlyThrough(const Options& options);
     // Opens the document, shows it at the size and puts the camera where the
     // options say (or on a three-quarter view of the whole model).
     PfDbDocument* openAndShow(const Options& options, QString& error);

@@ -41,6 +41,10 @@ public:
     // so for a while).
     int GetAutoSaveMinutes() const { return m_autoSaveMinutes; }
     void SetAutoSaveMinutes(int minutes) { m_autoSaveMinutes = minutes < 0 ? 0 : minutes; }
+    // Whether long jobs on this document report their progress as lines on
+    // the command prompt rather than in the status bar's progress meter.
+    bool GetPromptOnly() const { return m_promptOnly; }
+    void SetPromptOnly(bool promptOnly) { m_promptOnly = promptOnly; }
     // Writes the document atomically; on success it remembers the path.
     bool Save(const QString& filePath, QString* error = nullptr);
 
@@ -52,4 +56,5 @@ private:
     PfDbSelectionSet m_selection;
     PfDbSelectionSet m_highlighted;
     int m_autoSaveMinutes = 10;
+    bool m_promptOnly = false;
 };

@@ -3,6 +3,7 @@
 #include "KVX3DElementObject.h"
 #include "KVX3dsBaseObject.h"
 #include "KVXTowerCraneObject.h"
+#include "PfAutoSave.h"
 #include "PfDbBuildingInstance.h"
 #include "host/db/PfDbDatabaseReactor.h"
 #include "host/db/PfDbObjContainer.h"
@@ -26,4 +27,5 @@ void PfHostRegisterClasses()
     KVX3dsBaseObject::Desc();
     PfDbBuildingInstance::Desc();
     PfRxBuildClassHierarchy();
+    PfAutoSave::AddCommands(PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName)));
 }

@@ -84,16 +84,22 @@ void CViewer::SetTimeSource(CTimeSource* source)
     m_timeSource = source ? source : new CWallClockTimeSource;
 }
 
-void CViewer::AdvanceFrame()
+void CViewer::AdvanceFrame() { advanceBy(m_timeSource->NextElapsed()); }
+
+void CViewer::advanceBy(double elapsedSeconds)
 {
-    m_clock->Tick(m_timeSource->NextElapsed());
+    m_clock->Tick(elapsedSeconds);
     if (m_animations->EvaluateAnimators(m_clock->GetFrameNumber()))
         m_scene->SetShadowsDirty();
 }
 
-bool CViewer::Frame(QImage& image, QString* error)
+bool CViewer::Frame(QImage& image, QString* error) { return frame(image, error, m_timeSource->NextElapsed()); }
+
+bool CViewer::FrameAtCurrentTime(QImage& image, QString* error) { return frame(image, error, 0.0); }
+
+bool CViewer::frame(QImage& image, QString* error, double elapsedSeconds)
 {
-    AdvanceFrame();
+    advanceBy(elapsedSeconds);
     if (!RenderFrame(image, error))
         return false;
     CVideoRecorder* recorder = m_animations->GetVideoRecorder();

@@ -65,6 +65,10 @@ public:
     // A whole frame: advance, then draw the view's camera at the active
     // viewport size; a recording video gets the picture.
     bool Frame(QImage& image, QString* error = nullptr);
+    // A whole frame in which time does not move: the clock ticks by nothing,
+    // so the animators show their timers' values as they stand (a
+    // recording's first frame, at its time 0).
+    bool FrameAtCurrentTime(QImage& image, QString* error = nullptr);
 
     CScene* GetScene() const { return m_scene.get(); }
     CCamera* GetCamera() const { return m_camera.get(); }
@@ -105,6 +109,8 @@ protected:
     ~CViewer() override;
 
 private:
+    void advanceBy(double elapsedSeconds);
+    bool frame(QImage& image, QString* error, double elapsedSeconds);
     bool prepare(int width, int height, int factor, QString* error);
     void applyCamera(const CCamera& camera, int width, int height, bool transparentBackground);
     void readInto(QImage& picture, int width, int height, bool withAlpha);

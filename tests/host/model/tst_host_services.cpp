@@ -1,5 +1,10 @@
 #include "host/db/PfDbDocument.h"
+#include "host/model/PfAutoSave.h"
 #include "host/model/PfEdInformation.h"
+#include "host/model/PfEdPrompt.h"
+#include "host/model/PfHostClasses.h"
+#include "host/rx/PfEdCommandStack.h"
+#include "host/rx/PfRxDictionary.h"
 #include "host/model/PfProgressMeter.h"
 #include "host/model/PfStatusBarTip.h"
 #include "host/model/PfUiActionManager.h"
@@ -46,6 +51,34 @@ TEST(UiActions, areFoundByNameWhileTheyLive)
     EXPECT_EQ(actions->FindAction(QStringLiteral("PLAY")), &second);
     actions->RemoveAction(QStringLiteral("PLAY"));
     EXPECT_EQ(actions->FindAction(QStringLiteral("PLAY")), nullptr);
+}
+
+TEST(AutoSave, stopsNestAndTheHostCommandsDriveIt)
+{
+    PfHostRegisterClasses();
+    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
+    ASSERT_NE(commands, nullptr);
+    EXPECT_TRUE(PfAutoSave::IsEnabled());
+    EXPECT_EQ(commands->RunCommand(L"KVX.KVX_STOP_AUTO_SAVE"), Pfad::eOk);
+    PfAutoSave::Stop();
+    EXPECT_EQ(commands->RunCommand(L"KVX.KVX_START_AUTO_SAVE"), Pfad::eOk);
+    EXPECT_FALSE(PfAutoSave::IsEnabled()) << "two stops want two starts";
+    PfAutoSave::Start();
+    PfAutoSave::Start();
+    EXPECT_TRUE(PfAutoSave::IsEnabled());
+    PfAutoSave::Stop();
+    EXPECT_FALSE(PfAutoSave::IsEnabled()) << "an extra start is not kept for later";
+    PfAutoSave::Start();
+}
+
+TEST(Prompt, showsLinesOnTheInstalledDisplayAndKeepsTheLast)
+{
+    static QStringList shown;
+    PfEdPrompt::SetDisplay([](const QString& line) { shown << line; });
+    PfEdPrompt::Show(QStringLiteral("导出视频完成"));
+    PfEdPrompt::SetDisplay(nullptr);
+    EXPECT_EQ(shown, QStringList{QStringLiteral("导出视频完成")});
+    EXPECT_EQ(PfEdPrompt::Last(), QStringLiteral("导出视频完成"));
 }
 
 struct ProgressLog : PfProgressMeter::Listener {
