@@ -24,13 +24,43 @@
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace {
+
+// Frame n of a video, decoded by ffmpeg; null when it cannot be.
+QImage decodedFrame(const QString& video, int n, const QString& folder)
+{
+    const QString picture = QDir(folder).filePath(QStringLiteral("frame-%1.png").arg(n));
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"), {"-v", "error", "-y", "-i", video, "-vf", QStringLiteral("select=eq(n\\,%1)").arg(n),
+                                            "-vframes", "1", picture});
+    ffmpeg.waitForFinished(60000);
+    return QImage(picture);
+}
+
+// Mean difference of the colour channels, 0 … 255.
+double difference(const QImage& a, const QImage& b)
+{
+    const QImage x = a.convertToFormat(QImage::Format_RGB32);
+    const QImage y = b.convertToFormat(QImage::Format_RGB32);
+    if (x.isNull() || x.size() != y.size())
+        return 255.0;
+    double sum = 0.0;
+    for (int row = 0; row < x.height(); ++row)
+        for (int column = 0; column < x.width(); ++column) {
+            const QRgb p = x.pixel(column, row), q = y.pixel(column, row);
+            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
+        }
+    return sum / (3.0 * x.width() * x.height());
+}
 
 struct NoticeLog : PfEdInformationSink {
     QStringList texts;
@@ -100,7 +130,8 @@ protected:
         wallClock = new FixedStepTimeSource(0.5);
         viewer->SetTimeSource(wallClock.get());
         auto* block = new KVX3DElementObject();
-        block->AddBody(vpe::CBody::CreateBox({0, 0, 0}, {4000, 4000, 6000}));
+        block->AddBody(vpe::CBody::CreateBox({-6000, -6000, 0}, {10000, 10000, 14000}));
+        block->SetBodyColor(Qt::red);
         document->GetDatabase()->GetModelSpace()->Add(block);
         manager->InitAnimationData();
     }
@@ -152,6 +183,26 @@ TEST_F(FlyThroughVideo, aSecondOfFlyThroughIsTwentyFourFramesAndEverythingIsGive
     EXPECT_FALSE(viewer->GetOffscreenTool()->IsActive());
     EXPECT_EQ(viewer->GetAnimationManager()->FindAnimator("camera_animation"), nullptr);
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"fly.mp4"});
+}
+
+TEST_F(FlyThroughVideo, itsFramesShowTheCameraOfTheirMoment)
+{
+    addKeyFrames();
+    const QString film = folder.filePath(QStringLiteral("fly.mp4"));
+    ASSERT_TRUE(manager->ExportVideo(options(film)));
+    viewer->SetActiveViewportSize(160, 90);
+    // The camera at frame n is the one the fly-through shows at n / 24 s.
+    for (int n : {0, 12, 23}) {
+        manager->PlayAnimationAtTime(static_cast<unsigned int>(n * 1000 / 24));
+        viewer->AdvanceFrame();
+        QImage expected;
+        ASSERT_TRUE(viewer->RenderImage(*viewer->GetCamera(), 160, 90, expected));
+        const QImage frame = decodedFrame(film, n, folder.path());
+        EXPECT_LT(difference(frame, expected), 4.0) << "frame " << n;
+        if (n == 12)
+            EXPECT_GT(difference(frame, decodedFrame(film, 0, folder.path())), 8.0) << "the camera moved";
+    }
+    manager->StopAnimation();
 }
 
 TEST_F(FlyThroughVideo, progressGoesToThePromptForADocumentThatWantsIt)
