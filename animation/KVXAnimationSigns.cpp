@@ -48,6 +48,8 @@ void KVXAnimationSigns::SetVisible(bool visible)
         m_group->setNodeMask(visible ? ~0u : 0u);
 }
 
+bool KVXAnimationSigns::IsVisible() const { return !m_group || m_group->getNodeMask() != 0u; }
+
 QString KVXAnimationSigns::Text(const KVXAnimation* record, bool includeSelf) const
 {
     QString text;

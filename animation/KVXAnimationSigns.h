@@ -34,6 +34,7 @@ public:
     // The group leaves the scene with every label in it.
     void Drop();
     void SetVisible(bool visible);
+    bool IsVisible() const;
     vpe::CVectorText2D* Find(qint64 objId) const;
     vpe::CGroupNode* GroupNode() const { return m_group.get(); }
     QString Text(const KVXAnimation* record, bool includeSelf) const;

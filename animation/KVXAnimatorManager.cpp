@@ -593,6 +593,8 @@ void KVXAnimatorManager::setAllPathInvisable()
 
 void KVXAnimatorManager::setSignsVisible(bool visible) { m_signs->SetVisible(visible); }
 
+bool KVXAnimatorManager::getSignsVisible() const { return m_signs->IsVisible(); }
+
 vpe::CVectorText2D* KVXAnimatorManager::findSign(qint64 objId) const { return m_signs->Find(objId); }
 
 vpe::CGroupNode* KVXAnimatorManager::signGroupNode() const { return m_signs->GroupNode(); }

@@ -130,6 +130,7 @@ public:
     // The group of the labels; null until a viewer showed one.
     vpe::CGroupNode* signGroupNode() const;
     void setSignsVisible(bool visible);
+    bool getSignsVisible() const;
 
 signals:
     void isPreviewingSignal(bool isPreviewing);

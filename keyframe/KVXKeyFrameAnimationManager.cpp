@@ -228,6 +228,9 @@ bool KVXKeyFrameAnimationManager::ExportVideo(const VideoOptions& options, QStri
         why = QStringLiteral("尚未制作动画");
         return false;
     }
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    m_keptSignsVisible = schedule->getSignsVisible();
+    schedule->setSignsVisible(false);
     m_videoClock->BeginRecord(animator->GetAnimation()->GetLength(), options.frameRate);
     if (datesPlayAlong())
         KVXAnimatorManager::getInstance()->play();
@@ -324,6 +327,7 @@ void KVXKeyFrameAnimationManager::closeRecording(bool finished)
         schedule->stop();
         schedule->resumeScene();
     }
+    schedule->setSignsVisible(m_keptSignsVisible);
 }
 
 // ---- editing -----------------------------------------------------------------

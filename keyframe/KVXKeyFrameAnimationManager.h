@@ -193,6 +193,8 @@ private:
     // The export under way: the viewer's time source before it, and how the
     // video was finished.
     bool m_recording = false;
+    // A film shows the site, not the editor's labels: hidden while it is made.
+    bool m_keptSignsVisible = true;
     vpe::CRefPtr<vpe::CTimeSource> m_keptTimeSource;
     QString m_recordError;
     unsigned int m_savedMinimumFrameRate = 0;

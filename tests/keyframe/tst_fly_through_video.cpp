@@ -179,6 +179,7 @@ TEST_F(FlyThroughVideo, aSecondOfFlyThroughIsTwentyFourFramesAndEverythingIsGive
     EXPECT_EQ(notices.texts, QStringList{QStringLiteral("导出视频完成!")});
     EXPECT_EQ(viewer->GetTimeSource(), wallClock.get()) << "the viewer's time source is given back";
     EXPECT_TRUE(PfAutoSave::IsEnabled());
+    EXPECT_TRUE(KVXAnimatorManager::getInstance()->getSignsVisible()) << "the labels hidden in the film come back";
     EXPECT_FALSE(manager->IsRecordingVideo());
     EXPECT_FALSE(viewer->GetOffscreenTool()->IsActive());
     EXPECT_EQ(viewer->GetAnimationManager()->FindAnimator("camera_animation"), nullptr);
