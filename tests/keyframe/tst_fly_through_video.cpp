@@ -15,6 +15,7 @@
 #include "keyframe/KvxOutputVideoSettingDialog.h"
 
 #include "tests/support/FixedStepTimeSource.h"
+#include "tests/support/ImageDifference.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 #include "tests/support/VideoProbe.h"
@@ -44,22 +45,6 @@ QImage decodedFrame(const QString& video, int n, const QString& folder)
                                             "-vframes", "1", picture});
     ffmpeg.waitForFinished(60000);
     return QImage(picture);
-}
-
-// Mean difference of the colour channels, 0 … 255.
-double difference(const QImage& a, const QImage& b)
-{
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    if (x.isNull() || x.size() != y.size())
-        return 255.0;
-    double sum = 0.0;
-    for (int row = 0; row < x.height(); ++row)
-        for (int column = 0; column < x.width(); ++column) {
-            const QRgb p = x.pixel(column, row), q = y.pixel(column, row);
-            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-        }
-    return sum / (3.0 * x.width() * x.height());
 }
 
 struct NoticeLog : PfEdInformationSink {
@@ -199,9 +184,9 @@ TEST_F(FlyThroughVideo, itsFramesShowTheCameraOfTheirMoment)
         QImage expected;
         ASSERT_TRUE(viewer->RenderImage(*viewer->GetCamera(), 160, 90, expected));
         const QImage frame = decodedFrame(film, n, folder.path());
-        EXPECT_LT(difference(frame, expected), 4.0) << "frame " << n;
+        EXPECT_LT(imageDifference(frame, expected), 4.0) << "frame " << n;
         if (n == 12)
-            EXPECT_GT(difference(frame, decodedFrame(film, 0, folder.path())), 8.0) << "the camera moved";
+            EXPECT_GT(imageDifference(frame, decodedFrame(film, 0, folder.path())), 8.0) << "the camera moved";
     }
     manager->StopAnimation();
 }

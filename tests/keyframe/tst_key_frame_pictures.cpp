@@ -9,6 +9,7 @@
 #include "keyframe/KVXKeyFrameAnimationManager.h"
 
 #include "tests/support/FixedStepTimeSource.h"
+#include "tests/support/ImageDifference.h"
 #include "tests/support/ModuleEnvironment.h"
 
 #include <QImage>
@@ -22,22 +23,6 @@ namespace {
 
 constexpr int kWidth = 160;
 constexpr int kHeight = 90;
-
-// Mean difference of the colour channels, 0 … 255.
-double difference(const QImage& a, const QImage& b)
-{
-    const QImage x = a.convertToFormat(QImage::Format_RGB32);
-    const QImage y = b.convertToFormat(QImage::Format_RGB32);
-    if (x.size() != y.size())
-        return 255.0;
-    double sum = 0.0;
-    for (int row = 0; row < x.height(); ++row)
-        for (int column = 0; column < x.width(); ++column) {
-            const QRgb p = x.pixel(column, row), q = y.pixel(column, row);
-            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-        }
-    return sum / (3.0 * x.width() * x.height());
-}
 
 // Three coloured blocks seen from three cameras; a fly-through through
 // them at 0, 4 and 8 seconds, with the schedule's first and last days pinned
@@ -120,10 +105,10 @@ TEST_F(KeyFramePictures, theFlyThroughShowsTheKeyFramesViewsAndMovesBetweenThem)
     const QImage first = single(*cameras[0]);
     const QImage second = single(*cameras[1]);
     const QImage last = single(*cameras[2]);
-    ASSERT_GT(difference(first, last), 10.0) << "the three views differ";
+    ASSERT_GT(imageDifference(first, last), 10.0) << "the three views differ";
 
     manager->PlayAnimation();
-    EXPECT_LT(difference(frameAfter(0.0), first), 1.0);
+    EXPECT_LT(imageDifference(frameAfter(0.0), first), 1.0);
 
     const QImage between = frameAfter(2.0);
     const vpe::CVec3<float> eye = viewer->GetCamera()->GetPosition();
@@ -135,11 +120,11 @@ TEST_F(KeyFramePictures, theFlyThroughShowsTheKeyFramesViewsAndMovesBetweenThem)
     const vpe::CVec3<float>& look = viewer->GetCamera()->GetDirection();
     EXPECT_NEAR(angle(look, cameras[0]->GetDirection()), angle(look, cameras[1]->GetDirection()), 0.01f)
         << "turned halfway too";
-    EXPECT_GT(difference(between, first), 3.0);
-    EXPECT_GT(difference(between, second), 3.0);
-    EXPECT_LT(difference(between, single(*viewer->GetCamera())), 1.0);
+    EXPECT_GT(imageDifference(between, first), 3.0);
+    EXPECT_GT(imageDifference(between, second), 3.0);
+    EXPECT_LT(imageDifference(between, single(*viewer->GetCamera())), 1.0);
 
-    EXPECT_LT(difference(frameAfter(6.0), last), 1.0);
+    EXPECT_LT(imageDifference(frameAfter(6.0), last), 1.0);
     manager->SetEnableDateAnimation(true);
 }
 
