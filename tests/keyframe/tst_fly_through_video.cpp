@@ -32,8 +32,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace {
 
 // Frame n of a video, decoded by ffmpeg; null when it cannot be.
