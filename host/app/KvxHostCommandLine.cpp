@@ -82,6 +82,14 @@ private:
     QElapsedTimer m_clock;
 };
 
+// The host's commands when the animation module has added its own; null
+// without the module.
+PfEdCommandStack* moduleCommands()
+{
+    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
+    return commands && commands->HasGroup(L"KVXElement") ? commands : nullptr;
+}
+
 bool parseSize(const QString& text, int& width, int& height)
 {
     const QStringList parts = text.split(QLatin1Char('x'));
@@ -263,8 +271,8 @@ int KvxHostCommandLine::play(const Options& options)
 {
     if (options.input.isEmpty() || options.out.isEmpty())
         return fail(QStringLiteral("play wants a document and --out FILE.mp4"), 2);
-    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
-    if (!commands || !commands->HasGroup(L"KVXElement"))
+    PfEdCommandStack* commands = moduleCommands();
+    if (!commands)
         return fail(QStringLiteral("the animation module is not installed: no schedule can be played"));
     QString error;
     PfDbDocument* document = openAndShow(options, error);
@@ -303,8 +311,8 @@ int KvxHostCommandLine::keyFrames(const Options& options)
         return fail(QStringLiteral("--add wants --camera, and --camera goes with --add"), 2);
     if (!options.date.isEmpty() && !adding)
         return fail(QStringLiteral("--date goes with --add"), 2);
-    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
-    if (!commands || !commands->HasGroup(L"KVXElement"))
+    PfEdCommandStack* commands = moduleCommands();
+    if (!commands)
         return fail(QStringLiteral("the animation module is not installed: no key frame can be read"));
     const QString out = options.out.isEmpty() ? options.input : options.out;
     QStringList words;
@@ -341,8 +349,8 @@ int KvxHostCommandLine::exportFlyThrough(const Options& options)
 {
     if (options.input.isEmpty() || options.out.isEmpty())
         return fail(QStringLiteral("export wants a document and --out FILE.mp4"), 2);
-    auto* commands = PfEdCommandStack::Cast(PfRxSysRegistry()->GetAt(kPfRxRegisteredCommandsName));
-    if (!commands || !commands->HasGroup(L"KVXElement"))
+    PfEdCommandStack* commands = moduleCommands();
+    if (!commands)
         return fail(QStringLiteral("the animation module is not installed: no fly-through can be exported"));
     QString error;
     PfDbDocument* document = openAndShow(options, error);
