@@ -1,5 +1,7 @@
 #include "CViewer.h"
 
+#include "host/vpe/scene/CCaption.h"
+
 #include "COffscreenContext.h"
 #include "PicturePass.h"
 #include "host/vpe/animation/CClockTimerManager.h"
@@ -167,9 +169,13 @@ bool CViewer::prepare(int width, int height, int factor, QString* error)
         camera->setViewport(0, 0, width, height);
         camera->dirtyAttachmentMap();
     }
-    if (m_sceneCamera->getNumChildren() != 1 || m_sceneCamera->getChild(0) != m_scene->GetTopNode()) {
+    const unsigned int children = m_caption ? 2u : 1u;
+    if (m_sceneCamera->getNumChildren() != children || m_sceneCamera->getChild(0) != m_scene->GetTopNode()) {
         m_sceneCamera->removeChildren(0, m_sceneCamera->getNumChildren());
         m_sceneCamera->addChild(m_scene->GetTopNode());
+        // Over the scene, in the scene's picture: it is smoothed with it.
+        if (m_caption)
+            m_sceneCamera->addChild(m_caption->GetNode());
     }
     COffscreenContext::BindDefaultFramebuffer();
     if (!m_viewer->isRealized()) {
@@ -228,6 +234,8 @@ bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& 
     if (!prepare(width, height, factor, error))
         return false;
     applyCamera(camera, width, height, transparentBackground);
+    if (m_caption)
+        m_caption->Layout(width * factor, height * factor);
     const PicturePass::Filter filter = supersampled ? PicturePass::Average
                                        : m_antiAliasing == AntiAliasing::EdgeSmoothing ? PicturePass::SmoothEdges
                                                                                        : PicturePass::Copy;
@@ -236,6 +244,13 @@ bool CViewer::RenderImage(const CCamera& camera, int width, int height, QImage& 
         CVectorText2D::SetPixelScale(float(factor), m_scene->GetTopNode());
     readInto(image, width, height, transparentBackground);
     return true;
+}
+
+CCaption* CViewer::GetCaption()
+{
+    if (!m_caption)
+        m_caption = new CCaption;
+    return m_caption.get();
 }
 
 bool CViewer::RenderFrame(QImage& image, QString* error)

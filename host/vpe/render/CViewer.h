@@ -27,6 +27,7 @@ class Texture2D;
 
 namespace vpe {
 
+class CCaption;
 class PicturePass;
 
 // Shows a scene through a camera. Without a screen it renders into frame
@@ -71,6 +72,10 @@ public:
     bool FrameAtCurrentTime(QImage& image, QString* error = nullptr);
 
     CScene* GetScene() const { return m_scene.get(); }
+    // The caption drawn over every picture while it is shown (films and
+    // their posters); made on first use, hidden.
+    CCaption* GetCaption();
+    bool HasCaption() const { return m_caption.valid(); }
     CCamera* GetCamera() const { return m_camera.get(); }
     // Takes the camera's parameters for the view.
     void SetCamera(const CCamera& camera);
@@ -116,6 +121,7 @@ private:
     void readInto(QImage& picture, int width, int height, bool withAlpha);
 
     CRefPtr<CScene> m_scene;
+    CRefPtr<CCaption> m_caption;
     CRefPtr<CCamera> m_camera;
     CRefPtr<CClock> m_clock;
     CRefPtr<CClockTimer> m_defaultTimer;

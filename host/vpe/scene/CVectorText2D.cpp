@@ -78,6 +78,8 @@ bool CVectorText2D::FindChineseFace(std::string& file, int& index)
     return found;
 }
 
+osgText::Font* CVectorText2D::ChineseFont() { return chineseFont(); }
+
 CVectorText2D::CVectorText2D()
 {
     setFont(chineseFont());

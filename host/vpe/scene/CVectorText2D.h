@@ -38,6 +38,9 @@ public:
     // The font file and face that fontconfig gives for Simplified Chinese;
     // false when fontconfig has none.
     static bool FindChineseFace(std::string& file, int& index);
+    // That face, read once for the process (OpenSceneGraph's default face
+    // when there is none).
+    static osgText::Font* ChineseFont();
 
     // Renders drawn at a multiple of the picture's size (anti-aliasing) draw
     // labels that much larger, so that they keep their size in the picture.
