@@ -49,6 +49,8 @@ void KVXRegisters::addCommands()
     // A second load finds the command there already (eDuplicateKey).
     commands->AddCommand(m_groupName, KVXScheduleVideo::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunCommand));
+    commands->AddCommand(m_groupName, KVXScheduleVideo::kShowDateCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunShowDateCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXKeyFramesCommand::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kExportCommandName,

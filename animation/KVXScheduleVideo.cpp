@@ -1,12 +1,15 @@
 #include "KVXScheduleVideo.h"
 
 #include "KVXAnimatorManager.h"
+#include "keyframe/KVXDateAnimationClockTimer.h"
+#include "keyframe/KVXScheduleDateClock.h"
 
 #include "host/model/PfGsUtility.h"
 #include "host/model/PfProgressMeter.h"
 #include "host/vpe/animation/CTimeSource.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CCaption.h"
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/video/ZVideoFFmpeg.h"
 
@@ -15,6 +18,7 @@
 #include <cmath>
 
 const wchar_t* const KVXScheduleVideo::kCommandName = L"KVX_EXPORT_SCHEDULE_VIDEO";
+const wchar_t* const KVXScheduleVideo::kShowDateCommandName = L"KVX_SHOW_SCHEDULE_AT";
 
 namespace {
 
@@ -42,6 +46,12 @@ bool fail(QString* error, const QString& reason)
     return false;
 }
 
+Pfad::Error refuse(QString* message, const QString& reason, Pfad::Error code = Pfad::eInvalidInput)
+{
+    fail(message, reason);
+    return code;
+}
+
 } // namespace
 
 bool KVXScheduleVideo::ParseArguments(const QStringList& arguments, Options& options, QString* error)
@@ -54,6 +64,10 @@ bool KVXScheduleVideo::ParseArguments(const QStringList& arguments, Options& opt
             options.file = value;
         } else if (key == QLatin1String("poster") && !value.isEmpty()) {
             options.poster = value;
+        } else if (key == QLatin1String("title")) {
+            options.title = value;
+        } else if (word == QLatin1String("caption=off")) {
+            options.caption = false;
         } else if (key == QLatin1String("size")) {
             if (!parseSize(value, options.width, options.height))
                 return fail(error, QStringLiteral("size must be WIDTHxHEIGHT, 1 to %1 pixels a side: %2")
@@ -81,6 +95,45 @@ Pfad::Error KVXScheduleVideo::RunCommand(const QStringList& arguments, QString* 
     return Export(options, message) ? Pfad::eOk : Pfad::eInvalidInput;
 }
 
+Pfad::Error KVXScheduleVideo::RunShowDateCommand(const QStringList& arguments, QString* message)
+{
+    QDate date;
+    QString title;
+    bool caption = true;
+    for (const QString& word : arguments) {
+        const QString value = word.section(QLatin1Char('='), 1);
+        if (word.startsWith(QLatin1String("date="))) {
+            date = QDate::fromString(value, QStringLiteral("yyyy-MM-dd"));
+            if (!date.isValid())
+                return refuse(message, QStringLiteral("the date wants yyyy-MM-dd, not \"%1\"").arg(value));
+        } else if (word.startsWith(QLatin1String("title="))) {
+            title = value;
+        } else if (word == QLatin1String("caption=off")) {
+            caption = false;
+        } else {
+            return refuse(message, QStringLiteral("unknown word \"%1\"").arg(word));
+        }
+    }
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    schedule->updateAllAnimationsDateRange();
+    if (!viewer || !date.isValid() || schedule->getAnimationVector().empty())
+        return refuse(message, QStringLiteral("the document has no schedule to show on a date"), Pfad::eNotApplicable);
+    schedule->setSignsVisible(false);
+    schedule->playAnimationAtDate(date);
+    // A date is shown on the frames that follow the jump.
+    viewer->AdvanceFrame();
+    viewer->AdvanceFrame();
+    KVXDateAnimationClockTimer* dates = KVXScheduleDateClock::Get();
+    if (caption && dates) {
+        vpe::CCaption* shown = viewer->GetCaption();
+        shown->SetTitle(title);
+        dates->ShowDateOn(shown, date);
+        shown->SetVisible(true);
+    }
+    return Pfad::eOk;
+}
+
 int KVXScheduleVideo::FrameCount(double scheduleSeconds)
 {
     return static_cast<int>(std::floor(scheduleSeconds * kFramesPerSecond)) + 1 + static_cast<int>(kFramesPerSecond);
@@ -102,6 +155,10 @@ public:
     }
     ~FilmingSession()
     {
+        if (m_dates) {
+            m_dates->SetCaption(nullptr);
+            m_viewer->GetCaption()->SetVisible(false);
+        }
         if (m_playing) {
             m_schedule->stop();
             m_schedule->resumeScene();
@@ -113,6 +170,18 @@ public:
     FilmingSession(const FilmingSession&) = delete;
     FilmingSession& operator=(const FilmingSession&) = delete;
 
+    // The schedule's date on every frame, under the title.
+    void ShowCaption(const QString& title)
+    {
+        m_dates = KVXScheduleDateClock::Get();
+        if (!m_dates)
+            return;
+        vpe::CCaption* caption = m_viewer->GetCaption();
+        caption->SetTitle(title);
+        m_dates->ShowDateOn(caption, m_schedule->getAllAnimationsStartDate());
+        caption->SetVisible(true);
+        m_dates->SetCaption(caption);
+    }
     void Play()
     {
         m_keptSource = m_viewer->GetTimeSource();
@@ -127,6 +196,7 @@ private:
     KVXAnimatorManager* m_schedule;
     double m_keptScale;
     vpe::CRefPtr<vpe::CTimeSource> m_keptSource;
+    vpe::CRefPtr<KVXDateAnimationClockTimer> m_dates;
     bool m_playing = false;
 };
 
@@ -177,6 +247,8 @@ bool KVXScheduleVideo::Export(const Options& options, QString* error)
     QString reason;
     if (!recorder->RecordBegin(0.0, &reason))
         return fail(error, reason);
+    if (options.caption)
+        session.ShowCaption(options.title);
     session.Play();
     const int frames = FrameCount(length);
     const bool drawn = filmFrames(viewer, recorder, frames, options.poster, reason);

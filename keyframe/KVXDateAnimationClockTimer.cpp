@@ -35,6 +35,21 @@ QDate KVXDateAnimationClockTimer::DateForTime(double seconds) const
     return m_startDate.addDays(days);
 }
 
+QString KVXDateAnimationClockTimer::CaptionText(const QDate& date)
+{
+    static const char* const weekdays[] = {"星期一", "星期二", "星期三", "星期四", "星期五", "星期六", "星期日"};
+    if (!date.isValid())
+        return QString();
+    return date.toString(QStringLiteral("yyyy-MM-dd ")) + QString::fromUtf8(weekdays[date.dayOfWeek() - 1]);
+}
+
+void KVXDateAnimationClockTimer::ShowDateOn(vpe::CCaption* caption, const QDate& date) const
+{
+    caption->SetText(CaptionText(date));
+    const int total = totalDays();
+    caption->SetProgress(total > 0 ? qBound(0.0, double(m_startDate.daysTo(date)) / total, 1.0) : 1.0);
+}
+
 void KVXDateAnimationClockTimer::FreezeAtDate(const QDate& date)
 {
     FreezeAtTime(TimeForDate(date));
@@ -47,6 +62,8 @@ void KVXDateAnimationClockTimer::Update(unsigned int message, void* data)
         m_value = m_keyFrames->UpdateDateClockTimerByCameraClockTimer(m_value);
     if (KVXDateIndicator* dateTimeLine = m_dateTimeLine.get(); dateTimeLine && !IsPaused())
         dateTimeLine->SetIndicator(DateForTime(m_value));
+    if (osg::ref_ptr<vpe::CCaption> caption; m_caption.lock(caption) && !IsPaused())
+        ShowDateOn(caption.get(), DateForTime(m_value));
     if (!m_schedule)
         return;
     // No test of a positive end time: with an empty range any time ends a

@@ -4,7 +4,12 @@
 #include "KVXFreeazbleClockTimer.h"
 #include "KVXIndicatorLink.h"
 
+#include "host/vpe/scene/CCaption.h"
+
 #include <QDate>
+#include <QString>
+
+#include <osg/observer_ptr>
 
 class KVXKeyFramePlayback;
 class KVXSchedulePlayback;
@@ -26,6 +31,13 @@ public:
     // A timeline that goes away is no longer called.
     void SetDateTimeLineWidget(KVXDateIndicator* dateTimeLine) { m_dateTimeLine = KVXIndicatorLink(dateTimeLine); }
     KVXDateIndicator* GetDateTimeLineWidget() const { return m_dateTimeLine.get(); }
+    // A film's caption, which shows the date while the clock runs (and how
+    // far through the schedule it is); null for none.
+    void SetCaption(vpe::CCaption* caption) { m_caption = caption; }
+    // The caption's text for a date: "2025-03-15 星期六".
+    static QString CaptionText(const QDate& date);
+    // Shows the date, and its place in the clock's range, on the caption.
+    void ShowDateOn(vpe::CCaption* caption, const QDate& date) const;
     // Both live as long as the process (the managers are never destroyed).
     void SetSchedulePlayback(KVXSchedulePlayback* schedule) { m_schedule = schedule; }
     void SetKeyFramePlayback(KVXKeyFramePlayback* keyFrames) { m_keyFrames = keyFrames; }
@@ -49,6 +61,7 @@ private:
     QDate m_startDate;
     QDate m_endDate;
     KVXIndicatorLink<KVXDateIndicator> m_dateTimeLine;
+    osg::observer_ptr<vpe::CCaption> m_caption;
     KVXSchedulePlayback* m_schedule = nullptr;
     KVXKeyFramePlayback* m_keyFrames = nullptr;
 };

@@ -22,6 +22,7 @@
 #include "host/vpe/animation/CTimeSourceManager.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CCaption.h"
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 
 #include <QAction>
@@ -234,6 +235,7 @@ bool KVXKeyFrameAnimationManager::ExportVideo(const VideoOptions& options, QStri
     m_videoClock->BeginRecord(animator->GetAnimation()->GetLength(), options.frameRate);
     if (datesPlayAlong())
         KVXAnimatorManager::getInstance()->play();
+    showFilmCaption();
     markSceneDirty();
     if (!BeginRecordVideo(options, &why)) {
         closeRecording(false);
@@ -246,6 +248,31 @@ bool KVXKeyFrameAnimationManager::ExportVideo(const VideoOptions& options, QStri
     if (!m_recordError.isEmpty())
         why = m_recordError;
     return m_recordError.isEmpty();
+}
+
+void KVXKeyFrameAnimationManager::SetFilmCaption(bool shown, const QString& title)
+{
+    m_captionShown = shown;
+    m_captionTitle = title;
+}
+
+void KVXKeyFrameAnimationManager::showFilmCaption()
+{
+    vpe::CViewer* viewer = PfGsUtility::CurrentViewer();
+    const bool dates = datesPlayAlong() && m_dateClock;
+    if (!viewer || !m_captionShown || (!dates && m_captionTitle.isEmpty()))
+        return;
+    vpe::CCaption* caption = viewer->GetCaption();
+    caption->SetTitle(m_captionTitle);
+    caption->SetText(QString());
+    caption->SetProgress(-1.0);
+    if (dates) {
+        // The dates the camera reaches; without date key frames the schedule
+        // stands still and no date is shown.
+        m_dateClock->ShowDateOn(caption, m_dateClock->DateForTime(UpdateDateClockTimerByCameraClockTimer(0.0)));
+        m_dateClock->SetCaption(caption);
+    }
+    caption->SetVisible(true);
 }
 
 bool KVXKeyFrameAnimationManager::BeginRecordVideo(const VideoOptions& options, QString* error)
@@ -328,6 +355,10 @@ void KVXKeyFrameAnimationManager::closeRecording(bool finished)
         schedule->resumeScene();
     }
     schedule->setSignsVisible(m_keptSignsVisible);
+    if (m_dateClock)
+        m_dateClock->SetCaption(nullptr);
+    if (viewer && viewer->HasCaption())
+        viewer->GetCaption()->SetVisible(false);
 }
 
 // ---- editing -----------------------------------------------------------------

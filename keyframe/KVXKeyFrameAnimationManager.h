@@ -122,6 +122,9 @@ public:
     // back as it was before the export.
     void EndRecordVideo() override;
     bool IsRecordingVideo() const { return m_recording; }
+    // Whether exported films carry the caption (the schedule's date while it
+    // follows the camera, under the title when there is one); on by default.
+    void SetFilmCaption(bool shown, const QString& title = QString());
 
     // The date clock's time at the moment the camera (or the video) clock
     // has reached, from the date key frames around it; t unchanged when no
@@ -162,6 +165,8 @@ private:
     // Sets back what BeginRecordVideo changed; finished, the video takes its
     // place, otherwise it is dropped.
     void closeRecording(bool finished);
+    // Puts the film's caption up (or not) as the export begins.
+    void showFilmCaption();
     // The schedule plays along only with two date key frames to follow.
     bool datesPlayAlong() const;
     void refreshActions();
@@ -195,6 +200,8 @@ private:
     bool m_recording = false;
     // A film shows the site, not the editor's labels: hidden while it is made.
     bool m_keptSignsVisible = true;
+    bool m_captionShown = true;
+    QString m_captionTitle;
     vpe::CRefPtr<vpe::CTimeSource> m_keptTimeSource;
     QString m_recordError;
     unsigned int m_savedMinimumFrameRate = 0;

@@ -121,12 +121,18 @@ Pfad::Error KVXKeyFramesCommand::RunExportCommand(const QStringList& arguments, 
 {
     QString out;
     QString size = QStringLiteral("1280x720");
+    QString title;
+    bool caption = true;
     for (const QString& word : arguments) {
         const QString key = word.section(QLatin1Char('='), 0, 0);
         if (key == QLatin1String("out"))
             out = word.section(QLatin1Char('='), 1);
         else if (key == QLatin1String("size"))
             size = word.section(QLatin1Char('='), 1);
+        else if (key == QLatin1String("title"))
+            title = word.section(QLatin1Char('='), 1);
+        else if (word == QLatin1String("caption=off"))
+            caption = false;
         else
             return refuse(message, QStringLiteral("unknown word \"%1\"").arg(word));
     }
@@ -139,8 +145,11 @@ Pfad::Error KVXKeyFramesCommand::RunExportCommand(const QStringList& arguments, 
     options.fileName = path.toStdWString();
     KVXKeyFrameAnimationManager* manager = KVXKeyFrameAnimationManager::GetInstance();
     manager->InitAnimationData();
+    manager->SetFilmCaption(caption, title);
     QString reason;
-    if (!manager->ExportVideo(options, &reason)) {
+    const bool exported = manager->ExportVideo(options, &reason);
+    manager->SetFilmCaption(true);
+    if (!exported) {
         if (message)
             *message = reason;
         return Pfad::eNotApplicable;

@@ -32,15 +32,18 @@ struct KvxHostCommandLine::Options {
     QString addTime;
     QString deleteTime;
     QString date;
+    QString title;
+    bool caption = true;
 };
 
 namespace {
 
 const char* const kUsage = "usage: kvxhost demo-site --out FILE.kvx | kvxhost render FILE.kvx --out FILE.png "
-                           "[--size WxH] [--camera ex,ey,ez,tx,ty,tz] | kvxhost play FILE.kvx --out FILE.mp4 "
+                           "[--size WxH] [--camera ex,ey,ez,tx,ty,tz] [--date yyyy-MM-dd] | kvxhost play FILE.kvx --out FILE.mp4 "
                            "[--size WxH] [--seconds-per-day S] [--poster FILE.png] [--camera ex,ey,ez,tx,ty,tz] | kvxhost keyframes FILE.kvx "
                            "[--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd] | --delete TIME_MS] "
-                           "[--out FILE.kvx] | kvxhost export FILE.kvx --out FILE.mp4 [--size WxH]";
+                           "[--out FILE.kvx] | kvxhost export FILE.kvx --out FILE.mp4 [--size WxH]; films and dated pictures take "
+                           "[--title TEXT] [--no-caption]";
 
 // The animation module's command that films a document's schedule.
 const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VIDEO";
@@ -48,6 +51,19 @@ const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VI
 const wchar_t* const kKeyFramesCommand = L"KVXElement.KVX_KEY_FRAMES";
 // The animation module's command that films a document's fly-through.
 const wchar_t* const kExportCommand = L"KVXElement.KVX_EXPORT_FLY_THROUGH";
+// The animation module's command that stands the schedule still on a date.
+const wchar_t* const kShowDateCommand = L"KVXElement.KVX_SHOW_SCHEDULE_AT";
+
+// The caption words of the module's film commands.
+QStringList captionWords(bool caption, const QString& title)
+{
+    QStringList words;
+    if (!caption)
+        words << QStringLiteral("caption=off");
+    if (!title.isEmpty())
+        words << QStringLiteral("title=%1").arg(title);
+    return words;
+}
 
 // Prints how far a long job has come, a line per tenth: a bar, the steps
 // done, the time it has taken and about how long is left.
@@ -150,7 +166,8 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
         const bool takesValue = argument == QLatin1String("--out") || argument == QLatin1String("--size") ||
                                 argument == QLatin1String("--camera") || argument == QLatin1String("--poster") ||
                                 argument == QLatin1String("--seconds-per-day") || argument == QLatin1String("--add") ||
-                                argument == QLatin1String("--delete") || argument == QLatin1String("--date");
+                                argument == QLatin1String("--delete") || argument == QLatin1String("--date") ||
+                                argument == QLatin1String("--title");
         if (takesValue && i + 1 >= arguments.size()) {
             fail(QStringLiteral("%1 needs a value").arg(argument), 2);
             return false;
@@ -172,6 +189,10 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
             options.deleteTime = arguments[++i];
         } else if (argument == QLatin1String("--date")) {
             options.date = arguments[++i];
+        } else if (argument == QLatin1String("--title")) {
+            options.title = arguments[++i];
+        } else if (argument == QLatin1String("--no-caption")) {
+            options.caption = false;
         } else if (argument == QLatin1String("--camera")) {
             options.cameraText = arguments[i + 1];
             options.hasCamera = parseCamera(arguments[++i], options.eye, options.target);
@@ -256,6 +277,18 @@ int KvxHostCommandLine::render(const Options& options)
     PfDbDocument* document = openAndShow(options, error);
     if (!document)
         return fail(error);
+    if (!options.date.isEmpty()) {
+        PfEdCommandStack* commands = moduleCommands();
+        if (!commands)
+            return fail(QStringLiteral("the animation module is not installed: no schedule date can be shown"));
+        const QStringList words =
+            QStringList{QStringLiteral("date=%1").arg(options.date)} + captionWords(options.caption, options.title);
+        const Pfad::Error shown = commands->RunCommand(kShowDateCommand, words, &error);
+        if (shown != Pfad::eOk) {
+            PfDocManagerPtr()->CloseDocument(document);
+            return fail(error, shown == Pfad::eInvalidInput ? 2 : 1);
+        }
+    }
     QImage picture;
     if (!document->GetActiveView()->GetViewer()->RenderFrame(picture, &error))
         return fail(error);
@@ -284,6 +317,7 @@ int KvxHostCommandLine::play(const Options& options)
         words << QStringLiteral("seconds-per-day=%1").arg(options.secondsPerDay);
     if (!options.poster.isEmpty())
         words << QStringLiteral("poster=%1").arg(options.poster);
+    words << captionWords(options.caption, options.title);
     ProgressPrinter printer(m_out);
     PfProgressMeter::Listener* previous = PfProgressMeter::InstallListener(&printer);
     const Pfad::Error result = commands->RunCommand(kScheduleVideoCommand, words, &error);
@@ -356,8 +390,9 @@ int KvxHostCommandLine::exportFlyThrough(const Options& options)
     PfDbDocument* document = openAndShow(options, error);
     if (!document)
         return fail(error);
-    const QStringList words{QStringLiteral("out=%1").arg(options.out),
-                            QStringLiteral("size=%1x%2").arg(options.width).arg(options.height)};
+    const QStringList words = QStringList{QStringLiteral("out=%1").arg(options.out),
+                                          QStringLiteral("size=%1x%2").arg(options.width).arg(options.height)} +
+                              captionWords(options.caption, options.title);
     ProgressPrinter printer(m_out);
     PfProgressMeter::Listener* previous = PfProgressMeter::InstallListener(&printer);
     QString message;

@@ -8,13 +8,15 @@ class QTextStream;
 
 // The kvxhost command line:
 //   kvxhost demo-site --out FILE.kvx
-//   kvxhost render FILE.kvx --out FILE.png [--size WxH] [--camera ex,ey,ez,tx,ty,tz]
+//   kvxhost render FILE.kvx --out FILE.png [--size WxH] [--camera ex,ey,ez,tx,ty,tz] [--date yyyy-MM-dd]
 //   kvxhost play FILE.kvx --out FILE.mp4 [--size WxH] [--seconds-per-day S] [--poster FILE.png]
 //                [--camera ex,ey,ez,tx,ty,tz]
 //   kvxhost keyframes FILE.kvx [--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd]
 //                | --delete TIME_MS] [--out FILE.kvx]
 // play films the document's schedule through the animation module;
 //   kvxhost export FILE.kvx --out FILE.mp4 [--size WxH]
+// Films and pictures of a date carry a caption (the date, the weekday, how
+// far through the schedule, and --title TEXT above) unless --no-caption;
 // keyframes lists the document's fly-through key frames or adds or deletes
 // one moment's, saving the document (or a copy, with --out) atomically.
 // Any fault (an unknown command or option, a missing or damaged file, an

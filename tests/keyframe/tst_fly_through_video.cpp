@@ -10,6 +10,7 @@
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfHostClasses.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CCaption.h"
 #include "keyframe/KVXKeyFrameAnimationManager.h"
 #include "keyframe/KVXVideoRecordClockTimer.h"
 #include "keyframe/KvxOutputVideoSettingDialog.h"
@@ -187,6 +188,22 @@ TEST_F(FlyThroughVideo, itsFramesShowTheCameraOfTheirMoment)
             EXPECT_GT(imageDifference(frame, decodedFrame(film, 0, folder.path())), 8.0) << "the camera moved";
     }
     manager->StopAnimation();
+}
+
+TEST_F(FlyThroughVideo, aTitleIsCaptionedUnlessTheCaptionIsOff)
+{
+    addKeyFrames();
+    QColor corner[2];
+    for (bool captioned : {false, true}) {
+        manager->SetFilmCaption(captioned, QStringLiteral("东侧环绕"));
+        const QString film = folder.filePath(QStringLiteral("titled-%1.mp4").arg(captioned));
+        ASSERT_TRUE(manager->ExportVideo(options(film)));
+        const QRect box = viewer->GetCaption()->Area(160, 90);
+        corner[captioned] = decodedFrame(film, 0, folder.path()).pixelColor(box.left() + 1, box.center().y());
+        EXPECT_FALSE(viewer->GetCaption()->IsVisible());
+    }
+    manager->SetFilmCaption(true);
+    EXPECT_LT(corner[1].lightness(), corner[0].lightness() - 20);
 }
 
 TEST_F(FlyThroughVideo, progressGoesToThePromptForADocumentThatWantsIt)

@@ -10,9 +10,13 @@
 #include "host/rx/PfEdCommandStack.h"
 #include "host/rx/PfRxDictionary.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CCaption.h"
+#include "keyframe/KVXDateAnimationClockTimer.h"
+#include "keyframe/KVXScheduleDateClock.h"
 #include "tools/KVXDemoSchedule.h"
 
 #include "tests/support/FixedStepTimeSource.h"
+#include "tests/support/ImageDifference.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 #include "tests/support/VideoProbe.h"
@@ -196,6 +200,71 @@ TEST_F(DemoSchedule, aFilmThatCannotBeWrittenIsRefusedClearly)
         EXPECT_FALSE(KVXScheduleVideo::ParseArguments(w.words, parsed, &why)) << w.complaint;
         EXPECT_TRUE(why.contains(w.complaint)) << why.toStdString();
     }
+}
+
+TEST_F(DemoSchedule, theCaptionShowsTheDateClocksDateAndChangesOnlyWithIt)
+{
+    EXPECT_EQ(KVXDateAnimationClockTimer::CaptionText(QDate(2025, 3, 15)), QStringLiteral("2025-03-15 星期六"));
+    KVXDateAnimationClockTimer* dates = KVXScheduleDateClock::Get();
+    ASSERT_NE(dates, nullptr);
+    vpe::CCaption* caption = viewer->GetCaption();
+    caption->SetVisible(true);
+    dates->SetCaption(caption);
+    manager->play();
+    // The site hidden, so that only the caption can change the picture.
+    viewer->GetScene()->GetTopNode()->setNodeMask(0u);
+    const QRect box = caption->Area(kWidth, kHeight);
+    QImage before;
+    QString shown;
+    for (int frame = 0; frame < 8; ++frame) {
+        viewer->GetClock()->Tick(0.4);
+        viewer->AdvanceFrame();
+        QImage picture;
+        ASSERT_TRUE(viewer->RenderFrame(picture));
+        const QDate date = dates->DateForTime(dates->GetValue());
+        EXPECT_EQ(caption->GetText(), KVXDateAnimationClockTimer::CaptionText(date)) << frame;
+        EXPECT_NEAR(caption->GetProgress(), double(kFirstDay.daysTo(date)) / kFirstDay.daysTo(dates->GetEndDate()), 1e-9);
+        const QImage band = picture.copy(box);
+        if (frame > 0)
+            EXPECT_EQ(imageDifference(band, before) > 0.0, caption->GetText() != shown) << "frame " << frame;
+        before = band;
+        shown = caption->GetText();
+    }
+    viewer->GetScene()->GetTopNode()->setNodeMask(~0u);
+    dates->SetCaption(nullptr);
+    caption->SetVisible(false);
+}
+
+TEST_F(DemoSchedule, filmsAndDatedPicturesCarryTheCaptionUnlessTurnedOff)
+{
+    QTemporaryDir folder;
+    QColor corner[2];
+    for (bool captioned : {false, true}) {
+        KVXScheduleVideo::Options options;
+        options.file = folder.filePath(QStringLiteral("film.mp4"));
+        options.poster = folder.filePath(QStringLiteral("poster.png"));
+        options.width = 320;
+        options.height = 180;
+        options.secondsPerDay = 0.02;
+        options.caption = captioned;
+        options.title = QStringLiteral("演示工地");
+        QString error;
+        ASSERT_TRUE(KVXScheduleVideo::Export(options, &error)) << error.toStdString();
+        const QRect box = viewer->GetCaption()->Area(320, 180);
+        corner[captioned] = QImage(options.poster).pixelColor(box.left() + 1, box.center().y());
+        EXPECT_FALSE(viewer->GetCaption()->IsVisible()) << "put away after the film";
+    }
+    EXPECT_LT(corner[1].lightness(), corner[0].lightness() - 20) << "the band is in the captioned poster only";
+
+    QString message;
+    EXPECT_EQ(KVXScheduleVideo::RunShowDateCommand({"date=2025-03-20", "title=演示工地"}, &message), Pfad::eOk)
+        << message.toStdString();
+    EXPECT_EQ(viewer->GetCaption()->GetText(), QStringLiteral("2025-03-20 星期四"));
+    EXPECT_TRUE(viewer->GetCaption()->IsVisible());
+    EXPECT_EQ(manager->getPlayState(), 2) << "standing still on the date";
+    EXPECT_EQ(KVXScheduleVideo::RunShowDateCommand({"date=2025-02-30"}, &message), Pfad::eInvalidInput);
+    EXPECT_TRUE(message.contains("yyyy-MM-dd")) << message.toStdString();
+    viewer->GetCaption()->SetVisible(false);
 }
 
 } // namespace
