@@ -10,7 +10,9 @@
 #include "host/rx/PfRxDictionary.h"
 #include "host/vpe/render/CViewer.h"
 
+#include <QDir>
 #include <QElapsedTimer>
+#include <QFileInfo>
 #include <QTextStream>
 
 #include <osg/ComputeBoundsVisitor>
@@ -97,6 +99,16 @@ private:
     int m_tenth = 0;
     QElapsedTimer m_clock;
 };
+
+// The file a path names once links are followed, whether it exists or not.
+QString resolvedPath(const QString& path)
+{
+    const QFileInfo file(path);
+    if (file.exists())
+        return file.canonicalFilePath();
+    const QString folder = QFileInfo(file.absolutePath()).canonicalFilePath();
+    return folder.isEmpty() ? file.absoluteFilePath() : QDir(folder).filePath(file.fileName());
+}
 
 // The host's commands when the animation module has added its own; null
 // without the module.
@@ -215,11 +227,32 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
     return true;
 }
 
+int KvxHostCommandLine::checkOutputs(const Options& options)
+{
+    // keyframes writes the document itself, on purpose.
+    const bool intoInput = options.command == QLatin1String("keyframes");
+    const QString input = options.input.isEmpty() ? QString() : resolvedPath(options.input);
+    for (const QString& output : {options.out, options.poster}) {
+        if (output.isEmpty())
+            continue;
+        if (!intoInput && resolvedPath(output) == input)
+            return fail(QStringLiteral("%1 is the input document: choose another output").arg(output), 2);
+        const QFileInfo folder(QFileInfo(output).absolutePath());
+        if (!folder.isDir() || !folder.isWritable())
+            return fail(QStringLiteral("cannot write %1: its folder %2").arg(output, folder.isDir()
+                                                                                     ? QStringLiteral("is not writable")
+                                                                                     : QStringLiteral("does not exist")));
+    }
+    return 0;
+}
+
 int KvxHostCommandLine::Run(const QStringList& arguments)
 {
     Options options;
     if (!parse(arguments, options))
         return 2;
+    if (const int refused = checkOutputs(options))
+        return refused;
     if (options.command == QLatin1String("demo-site"))
         return demoSite(options);
     if (options.command == QLatin1String("render"))

@@ -32,6 +32,9 @@ private:
     struct Options;
 
     bool parse(const QStringList& arguments, Options& options);
+    // Every output's folder can be written and no output is the input
+    // document, checked before any work; the exit code of a refusal, or 0.
+    int checkOutputs(const Options& options);
     int demoSite(const Options& options);
     int render(const Options& options);
     int play(const Options& options);

@@ -96,4 +96,39 @@ TEST_F(CommandLine, faultsGetOneLineAndAFailingCode)
     EXPECT_FALSE(QFile::exists(path("x.png")));
 }
 
+TEST_F(CommandLine, outputsAreCheckedBeforeAnyWorkAndNeverTheInput)
+{
+    ASSERT_EQ(run({"demo-site", "--out", path("site.kvx")}).code, 0);
+    QFile::link(path("site.kvx"), path("alias.kvx"));
+    QFile original(path("site.kvx"));
+    ASSERT_TRUE(original.open(QIODevice::ReadOnly));
+    const QByteArray before = original.readAll();
+    original.close();
+    struct Row {
+        QStringList arguments;
+        int code;
+        const char* message;
+    };
+    const Row rows[] = {
+        {{"render", path("site.kvx"), "--out", path("site.kvx")}, 2, "is the input document"},
+        {{"render", path("site.kvx"), "--out", path("alias.kvx")}, 2, "is the input document"},
+        {{"play", path("site.kvx"), "--out", path("site.kvx")}, 2, "is the input document"},
+        {{"play", path("site.kvx"), "--out", path("f.mp4"), "--poster", path("alias.kvx")}, 2, "is the input document"},
+        {{"export", path("site.kvx"), "--out", path("./site.kvx")}, 2, "is the input document"},
+        {{"render", path("site.kvx"), "--out", path("no/such/folder/x.png")}, 1, "cannot write"},
+        {{"play", path("site.kvx"), "--out", path("f.mp4"), "--poster", path("no/such/folder/p.png")}, 1,
+         "cannot write"},
+        {{"export", path("site.kvx"), "--out", path("no/such/folder/f.mp4")}, 1, "cannot write"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.arguments.join(' ').toStdString());
+        const Outcome outcome = run(row.arguments);
+        EXPECT_EQ(outcome.code, row.code);
+        EXPECT_TRUE(outcome.err.contains(QLatin1String(row.message))) << outcome.err;
+    }
+    ASSERT_TRUE(original.open(QIODevice::ReadOnly));
+    EXPECT_EQ(original.readAll(), before);
+    EXPECT_FALSE(QFile::exists(path("f.mp4")));
+}
+
 } // namespace
