@@ -23,9 +23,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
 
 namespace {
 
@@ -265,6 +268,35 @@ TEST_F(DemoSchedule, filmsAndDatedPicturesCarryTheCaptionUnlessTurnedOff)
     EXPECT_EQ(KVXScheduleVideo::RunShowDateCommand({"date=2025-02-30"}, &message), Pfad::eInvalidInput);
     EXPECT_TRUE(message.contains("yyyy-MM-dd")) << message.toStdString();
     viewer->GetCaption()->SetVisible(false);
+}
+
+TEST_F(DemoSchedule, aFilmKilledHalfWayLeavesThePreviousVideoAsItWas)
+{
+    QTemporaryDir folder;
+    const QString site = folder.filePath(QStringLiteral("site.kvx"));
+    const QString film = folder.filePath(QStringLiteral("film.mp4"));
+    ASSERT_TRUE(document->Save(site));
+    QFile previous(film);
+    ASSERT_TRUE(previous.open(QIODevice::WriteOnly) && previous.write("the film shown yesterday") > 0);
+    previous.close();
+    for (bool gently : {true, false}) {
+        QProcess program;
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(QStringLiteral(KVX_HOST_PROGRAM),
+                      {"play", site, "--out", film, "--size", "160x90", "--seconds-per-day", "2"});
+        // Killed once the first tenth of the frames is done.
+        while (!program.readAll().contains("[#") && program.waitForReadyRead(60000)) {
+        }
+        ASSERT_EQ(program.state(), QProcess::Running);
+        if (gently)
+            ::kill(static_cast<pid_t>(program.processId()), SIGINT);
+        else
+            program.kill();
+        ASSERT_TRUE(program.waitForFinished(60000));
+        ASSERT_TRUE(previous.open(QIODevice::ReadOnly));
+        EXPECT_EQ(previous.readAll(), QByteArray("the film shown yesterday")) << (gently ? "SIGINT" : "SIGKILL");
+        previous.close();
+    }
 }
 
 } // namespace
