@@ -36,16 +36,74 @@ struct KvxHostCommandLine::Options {
     QString date;
     QString title;
     bool caption = true;
+    bool help = false;
 };
 
 namespace {
 
-const char* const kUsage = "usage: kvxhost demo-site --out FILE.kvx | kvxhost render FILE.kvx --out FILE.png "
-                           "[--size WxH] [--camera ex,ey,ez,tx,ty,tz] [--date yyyy-MM-dd] | kvxhost play FILE.kvx --out FILE.mp4 "
-                           "[--size WxH] [--seconds-per-day S] [--poster FILE.png] [--camera ex,ey,ez,tx,ty,tz] | kvxhost keyframes FILE.kvx "
-                           "[--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd] | --delete TIME_MS] "
-                           "[--out FILE.kvx] | kvxhost export FILE.kvx --out FILE.mp4 [--size WxH]; films and dated pictures take "
-                           "[--title TEXT] [--no-caption]";
+// One line for a bare or unknown command; --help tells more.
+const char* const kUsage = "usage: kvxhost COMMAND FILE [options], COMMAND one of demo-site, render, play, keyframes, "
+                           "export; kvxhost --help tells more";
+
+struct CommandHelp {
+    const char* command;
+    const char* text;
+};
+
+// What each command does and takes, with its units, defaults and an example.
+const CommandHelp kHelp[] = {
+    {"demo-site", "usage: kvxhost demo-site --out FILE.kvx\n"
+                  "Builds the demo construction site (buildings, road, tower crane, vehicles) and saves it.\n"
+                  "  --out FILE.kvx                the document to write\n"
+                  "example: kvxhost demo-site --out site.kvx\n"},
+    {"render", "usage: kvxhost render FILE.kvx --out FILE.png [options]\n"
+               "Renders the document's site off screen into a PNG picture.\n"
+               "  --out FILE.png                the picture to write (never the document)\n"
+               "  --size WxH                    pixels, 1 to 8192 a side (default 1280x720)\n"
+               "  --camera ex,ey,ez,tx,ty,tz    eye and target in millimetres (default: the whole site from the\n"
+               "                                south-west and above)\n"
+               "  --date yyyy-MM-dd             the site as it stands on that day of its schedule, with the caption\n"
+               "  --title TEXT                  a title over the caption's date\n"
+               "  --no-caption                  no caption\n"
+               "example: kvxhost render site.kvx --out site.png --size 1920x1080 --date 2025-03-20\n"},
+    {"play", "usage: kvxhost play FILE.kvx --out FILE.mp4 [options]\n"
+             "Films the document's schedule off screen: H.264 MP4, 24 frames a second, the date in a caption.\n"
+             "  --out FILE.mp4                the video to write; an earlier one stays until the new one is done\n"
+             "  --size WxH                    pixels, 1 to 4094 a side (default 1280x720)\n"
+             "  --seconds-per-day S           how long a day of the schedule lasts in the film (default 1)\n"
+             "  --poster FILE.png             also a picture of the site 60 % through the film\n"
+             "  --camera ex,ey,ez,tx,ty,tz    eye and target in millimetres (default: the whole site)\n"
+             "  --title TEXT                  a title over the caption's date\n"
+             "  --no-caption                  no caption\n"
+             "example: kvxhost play site.kvx --out schedule.mp4 --seconds-per-day 0.25 --poster schedule.png\n"},
+    {"keyframes", "usage: kvxhost keyframes FILE.kvx [--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd]\n"
+                  "                                 | --delete TIME_MS] [--out FILE.kvx]\n"
+                  "Lists the document's fly-through, one line per moment (time, eye, target, date), or adds or\n"
+                  "deletes one moment's key frames as one undoable step and saves the document.\n"
+                  "  --add TIME_MS                 a camera key frame at that moment, milliseconds from 0\n"
+                  "  --camera ex,ey,ez,tx,ty,tz    its eye and a point it looks at, in millimetres\n"
+                  "  --date yyyy-MM-dd             also a date key frame there: the schedule's day at that moment\n"
+                  "  --delete TIME_MS              the key frames at that moment\n"
+                  "  --out FILE.kvx                write a copy instead of the document\n"
+                  "example: kvxhost keyframes site.kvx --add 4000 --camera -90000,-110000,60000,0,15000,12000 "
+                  "--date 2025-03-20\n"},
+    {"export", "usage: kvxhost export FILE.kvx --out FILE.mp4 [options]\n"
+               "Films the document's fly-through (two camera key frames at least) off screen: H.264 MP4, 24 frames\n"
+               "a second, the schedule following the date key frames, the date in a caption.\n"
+               "  --out FILE.mp4                the video to write; an earlier one stays until the new one is done\n"
+               "  --size WxH                    pixels, 1 to 4094 a side (default 1280x720)\n"
+               "  --title TEXT                  a title over the caption's date\n"
+               "  --no-caption                  no caption\n"
+               "example: kvxhost export site.kvx --out flight.mp4 --size 1920x1080 --title \"East side\"\n"},
+};
+
+const char* helpOf(const QString& command)
+{
+    for (const CommandHelp& help : kHelp)
+        if (command == QLatin1String(help.command))
+            return help.text;
+    return nullptr;
+}
 
 // The animation module's command that films a document's schedule.
 const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VIDEO";
@@ -205,6 +263,8 @@ bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
             options.title = arguments[++i];
         } else if (argument == QLatin1String("--no-caption")) {
             options.caption = false;
+        } else if (argument == QLatin1String("--help")) {
+            options.help = true;
         } else if (argument == QLatin1String("--camera")) {
             options.cameraText = arguments[i + 1];
             options.hasCamera = parseCamera(arguments[++i], options.eye, options.target);
@@ -246,11 +306,29 @@ int KvxHostCommandLine::checkOutputs(const Options& options)
     return 0;
 }
 
+int KvxHostCommandLine::help(const QString& command)
+{
+    if (command == QLatin1String("--help")) {
+        for (const CommandHelp& each : kHelp)
+            m_out << each.text << '\n';
+        return 0;
+    }
+    const char* text = helpOf(command);
+    if (!text)
+        return fail(QStringLiteral("unknown command %1; %2").arg(command, QString::fromLatin1(kUsage)), 2);
+    m_out << text;
+    return 0;
+}
+
 int KvxHostCommandLine::Run(const QStringList& arguments)
 {
+    if (arguments.value(0) == QLatin1String("--help"))
+        return help(arguments.value(0));
     Options options;
     if (!parse(arguments, options))
         return 2;
+    if (options.help)
+        return help(options.command);
     if (const int refused = checkOutputs(options))
         return refused;
     if (options.command == QLatin1String("demo-site"))

@@ -35,6 +35,9 @@ private:
     // Every output's folder can be written and no output is the input
     // document, checked before any work; the exit code of a refusal, or 0.
     int checkOutputs(const Options& options);
+    // The usage of one command, or of all for "--help"; 0, or 2 for an
+    // unknown command.
+    int help(const QString& command);
     int demoSite(const Options& options);
     int render(const Options& options);
     int play(const Options& options);

@@ -131,4 +131,24 @@ TEST_F(CommandLine, outputsAreCheckedBeforeAnyWorkAndNeverTheInput)
     EXPECT_FALSE(QFile::exists(path("f.mp4")));
 }
 
+TEST_F(CommandLine, helpForTheProgramAndEachCommand)
+{
+    const Outcome all = run({"--help"});
+    EXPECT_EQ(all.code, 0);
+    for (const char* command : {"demo-site", "render", "play", "keyframes", "export"})
+        EXPECT_TRUE(all.out.contains(QStringLiteral("kvxhost %1").arg(QLatin1String(command)))) << command;
+    for (const char* command : {"demo-site", "render", "play", "keyframes", "export"}) {
+        SCOPED_TRACE(command);
+        const Outcome help = run({command, "--help"});
+        EXPECT_EQ(help.code, 0);
+        EXPECT_TRUE(help.out.startsWith(QStringLiteral("usage: kvxhost %1").arg(QLatin1String(command)))) << help.out;
+        EXPECT_TRUE(help.out.contains(QLatin1String("example:"))) << help.out;
+        EXPECT_TRUE(help.err.isEmpty()) << help.err;
+    }
+    EXPECT_EQ(run({"explode", "--help"}).code, 2);
+    const Outcome bare = run({});
+    EXPECT_EQ(bare.code, 2);
+    EXPECT_LT(bare.err.size(), 160) << "one short line";
+}
+
 } // namespace
