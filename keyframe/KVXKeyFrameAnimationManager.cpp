@@ -486,22 +486,20 @@ bool KVXKeyFrameAnimationManager::DeleteKeyFramesAt(int ms)
         InitAnimationData();
     if (!document || !m_cameraTrack || !m_dateTrack)
         return false;
-    std::vector<KVXKeyFrame*> doomed;
+    // Each key frame at that moment, with the track that holds it.
+    std::vector<std::pair<KVXKeyFramesTrack*, PfDbHandle>> doomed;
     for (KVXKeyFramesTrack* track : {static_cast<KVXKeyFramesTrack*>(m_cameraTrack),
                                      static_cast<KVXKeyFramesTrack*>(m_dateTrack)})
         for (PfDbObject* object : *track)
             if (auto* keyFrame = KVXKeyFrame::Cast(object); keyFrame && keyFrame->GetTime() == ms)
-                doomed.push_back(keyFrame);
+                doomed.emplace_back(track, keyFrame->GetHandle());
     if (doomed.empty())
         return false;
     StopAnimation();
     PfDbTransactionManager* transactions = transactionsOf(document);
     transactions->StartTransaction();
-    for (KVXKeyFrame* keyFrame : doomed) {
-        KVXKeyFramesTrack* track = KVXCameraKeyFrame::Cast(keyFrame) ? static_cast<KVXKeyFramesTrack*>(m_cameraTrack)
-                                                                     : m_dateTrack;
-        track->RemoveKeyFrame(static_cast<qint64>(keyFrame->GetHandle()));
-    }
+    for (const auto& [track, handle] : doomed)
+        track->RemoveKeyFrame(static_cast<qint64>(handle));
     transactions->EndTransaction();
     UpdateTimeLineWidget();
     return true;
@@ -598,9 +596,9 @@ void KVXKeyFrameAnimationManager::UpdateTimeLineWidget()
 
 // ---- playback ----------------------------------------------------------------
 
-bool KVXKeyFrameAnimationManager::datesPlayAlong() const
+bool KVXKeyFrameAnimationManager::datesPlayAlong()
 {
-    return m_enableDateAnimation && m_dateTrack && m_dateTrack->Size() > 1;
+    return m_enableDateAnimation && dateStops().size() > 1;
 }
 
 void KVXKeyFrameAnimationManager::PlayAnimation()

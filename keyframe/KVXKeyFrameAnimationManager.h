@@ -168,7 +168,7 @@ private:
     // Puts the film's caption up (or not) as the export begins.
     void showFilmCaption();
     // The schedule plays along only with two date key frames to follow.
-    bool datesPlayAlong() const;
+    bool datesPlayAlong();
     void refreshActions();
     void markSceneDirty() const;
     // The clock that drives the dates now, or null; copies the camera
