@@ -1,5 +1,6 @@
 #include "CScreenshoter.h"
 
+#include "CPictureFile.h"
 #include "CViewer.h"
 
 #include <QDir>
@@ -36,8 +37,8 @@ bool CScreenshoter::CreateOffScreenshot(QImage* target, const QString& filePath,
         return false;
     if (!filePath.isEmpty()) {
         QDir().mkpath(QFileInfo(filePath).absolutePath());
-        if (!picture.save(filePath, "PNG"))
-            return fail(QStringLiteral("cannot write the picture %1").arg(filePath));
+        if (!CPictureFile::Save(picture, filePath, error))
+            return false;
     }
     if (target)
         *target = picture;

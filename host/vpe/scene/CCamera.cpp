@@ -1,5 +1,7 @@
 #include "CCamera.h"
 
+#include <cmath>
+
 namespace vpe {
 
 CCamera::CCamera(const CCamera& other)
@@ -58,9 +60,12 @@ void CCamera::SetLookAt(const CVec3<double>& eye, const CVec3<double>& target)
     CVec3<double> direction = target - eye;
     if (direction.normalize() <= 0.0)
         return;
-    CVec3<double> up = (direction ^ CVec3<double>(0.0, 0.0, 1.0)) ^ direction;
-    if (up.normalize() <= 0.0)
-        up.set(0.0, 1.0, 0.0);
+    // Within about a degree of straight down (or up) the world's Z says
+    // little about which way is up and flips as the eye crosses the target:
+    // such views are drawn as a plan, north up.
+    const bool plan = std::abs(direction.z()) > 0.9998;
+    CVec3<double> up = (direction ^ CVec3<double>(0.0, plan ? 1.0 : 0.0, plan ? 0.0 : 1.0)) ^ direction;
+    up.normalize();
     m_position = CVec3<float>(eye);
     m_direction = CVec3<float>(direction);
     m_up = CVec3<float>(up);

@@ -48,8 +48,8 @@ public:
                        double& orthoHeight) const;
 
     // Puts the eye there and turns the camera to the target, with up the
-    // world's Z made square to the view (or +Y when looking straight down
-    // or up).
+    // world's Z made square to the view (or north, +Y, when looking within
+    // about a degree of straight down or up).
     void SetLookAt(const CVec3<double>& eye, const CVec3<double>& target);
 
     // Looks from the eye along the direction with the up direction, as a

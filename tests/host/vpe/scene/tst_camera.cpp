@@ -1,5 +1,8 @@
 #include "host/vpe/core/CQuaternion.h"
 #include "host/vpe/scene/CCamera.h"
+#include "host/vpe/scene/CViewFraming.h"
+
+#include <osg/Matrixd>
 
 #include <gtest/gtest.h>
 
@@ -59,12 +62,52 @@ TEST(Camera, lookAtKeepsTheWorldUpright)
     // The camera keeps single precision.
     expectNear(osg::Vec3d(camera->GetDirection()), osg::Vec3d(0, h, -h), 1e-6);
     expectNear(osg::Vec3d(camera->GetUpDirection()), osg::Vec3d(0, h, h), 1e-6);
-    // Straight down there is no upright: +Y is up on the picture.
+    // Straight down there is no upright: +Y is up on the picture, also when
+    // the eye is a hair off the vertical on either side.
+    for (double offset : {0.0, 0.001, -0.001, 1.0, -1.0}) {
+        camera->SetLookAt({5, 5 + offset, 100}, {5, 5, 0});
+        expectNear(osg::Vec3d(camera->GetUpDirection()), osg::Vec3d(0, 1, 0), 0.02);
+    }
     camera->SetLookAt({5, 5, 100}, {5, 5, 0});
-    expectNear(osg::Vec3d(camera->GetUpDirection()), osg::Vec3d(0, 1, 0));
     // Eye on the target: nothing to look at, nothing changes.
     camera->SetLookAt({1, 1, 1}, {1, 1, 1});
     expectNear(osg::Vec3d(camera->GetPosition()), osg::Vec3d(5, 5, 100));
+}
+
+TEST(ViewFraming, everyPresetFillsThePictureWithTheWholeModel)
+{
+    // A wide flat site with one tall thin tower at a corner.
+    std::vector<osg::Vec3d> points;
+    for (double x : {-80000.0, 90000.0})
+        for (double y : {-50000.0, 60000.0})
+            for (double z : {-400.0, 0.0})
+                points.emplace_back(x, y, z);
+    for (double x : {30000.0, 32000.0})
+        for (double y : {10000.0, 12000.0})
+            points.emplace_back(x, y, 70000.0);
+    const double aspect = 16.0 / 9.0, fieldOfView = 45.0;
+    for (const QString& preset : vpe::CViewFraming::PresetNames()) {
+        SCOPED_TRACE(preset.toStdString());
+        osg::Vec3d eye, target;
+        ASSERT_TRUE(vpe::CViewFraming::Frame(points, preset, aspect, fieldOfView, eye, target));
+        vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
+        camera->SetLookAt(eye, target);
+        const osg::Matrixd view = camera->GetViewMatrix();
+        const osg::Matrixd projection = osg::Matrixd::perspective(fieldOfView, aspect, 1.0, 1e7);
+        double reach[2] = {0.0, 0.0};
+        for (const osg::Vec3d& point : points) {
+            const osg::Vec3d onScreen = point * view * projection;
+            EXPECT_LE(std::abs(onScreen.x()), 1.0);
+            EXPECT_LE(std::abs(onScreen.y()), 1.0);
+            reach[0] = std::max(reach[0], std::abs(onScreen.x()));
+            reach[1] = std::max(reach[1], std::abs(onScreen.y()));
+        }
+        // Tight on one axis at least: no wasted sky or ground.
+        EXPECT_GT(std::max(reach[0], reach[1]), 0.9);
+    }
+    osg::Vec3d eye, target;
+    EXPECT_FALSE(vpe::CViewFraming::Frame(points, QStringLiteral("sideways"), aspect, fieldOfView, eye, target));
+    EXPECT_FALSE(vpe::CViewFraming::Frame({}, QStringLiteral("top"), aspect, fieldOfView, eye, target));
 }
 
 TEST(Quaternion, rotationMatrixRowsAreTheImagesOfTheAxes)
