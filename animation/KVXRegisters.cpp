@@ -1,6 +1,8 @@
 #include "KVXRegisters.h"
 
 #include "KVXAnimation.h"
+#include "KVXDemoSchedule.h"
+#include "KVXScheduleCheck.h"
 #include "KVXScheduleVideo.h"
 #include "KVXTowerAnimation.h"
 #include "host/rx/PfEdCommandStack.h"
@@ -51,6 +53,12 @@ void KVXRegisters::addCommands()
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunCommand));
     commands->AddCommand(m_groupName, KVXScheduleVideo::kShowDateCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleVideo::RunShowDateCommand));
+    commands->AddCommand(m_groupName, KVXScheduleCheck::kCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXScheduleCheck::RunCommand));
+    commands->AddCommand(m_groupName, KVXScheduleCheck::kListCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXScheduleCheck::RunListCommand));
+    commands->AddCommand(m_groupName, KVXDemoSchedule::kCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXDemoSchedule::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXKeyFramesCommand::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kExportCommandName,

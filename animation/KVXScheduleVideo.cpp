@@ -8,6 +8,7 @@
 #include "host/model/PfProgressMeter.h"
 #include "host/vpe/animation/CTimeSource.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
+#include "host/vpe/render/CPictureFile.h"
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/scene/CCaption.h"
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
@@ -92,7 +93,7 @@ Pfad::Error KVXScheduleVideo::RunCommand(const QStringList& arguments, QString* 
     Options options;
     if (!ParseArguments(arguments, options, message))
         return Pfad::eInvalidInput;
-    return Export(options, message) ? Pfad::eOk : Pfad::eInvalidInput;
+    return Export(options, message) ? Pfad::eOk : Pfad::eNotApplicable;
 }
 
 Pfad::Error KVXScheduleVideo::RunShowDateCommand(const QStringList& arguments, QString* message)
@@ -212,10 +213,8 @@ bool filmFrames(vpe::CViewer* viewer, vpe::CVideoRecorder* recorder, int frames,
     bool drawn = true;
     for (int frame = 0; frame < frames && drawn && recorder->IsRecording(); ++frame) {
         drawn = viewer->Frame(picture, &reason);
-        if (drawn && frame == posterFrame && !poster.isEmpty() && !picture.save(poster)) {
-            reason = QStringLiteral("cannot write the poster %1").arg(poster);
-            drawn = false;
-        }
+        if (drawn && frame == posterFrame && !poster.isEmpty())
+            drawn = vpe::CPictureFile::Save(picture, poster, &reason);
         progress.Step();
     }
     progress.Stop();
@@ -236,8 +235,14 @@ bool KVXScheduleVideo::Export(const Options& options, QString* error)
     KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
     FilmingSession session(viewer, schedule, options.secondsPerDay);
     const double length = schedule->getAllAnimationsTimeLength();
-    if (schedule->getAnimationVector().empty() || length <= 0.01)
+    if (schedule->getAnimationVector().empty())
         return fail(error, QStringLiteral("the document has no schedule to play"));
+    if (length * kFramesPerSecond < 1.0)
+        return fail(error, QStringLiteral("at %1 s a day the schedule passes in less than a frame: nothing to film")
+                               .arg(options.secondsPerDay));
+    // A poster that cannot be written is found out now, not 60 % through.
+    if (!options.poster.isEmpty() && !vpe::CPictureFile::CanWrite(options.poster, error))
+        return false;
     vpe::CVideoMakerFFmpegPlugin::LoadPlugin();
     viewer->SetActiveViewportSize(options.width, options.height);
     vpe::CVideoRecorder* recorder = viewer->GetAnimationManager()->GetOrCreateVideoRecorder();

@@ -16,7 +16,7 @@
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/video/ZVideoFFmpeg.h"
 #include "keyframe/KVXKeyFrameAnimationManager.h"
-#include "tools/KVXDemoSchedule.h"
+#include "animation/KVXDemoSchedule.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -11,7 +11,7 @@
 #include "host/model/PfHostClasses.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
 #include "host/vpe/render/CViewer.h"
-#include "tools/KVXDemoSchedule.h"
+#include "animation/KVXDemoSchedule.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

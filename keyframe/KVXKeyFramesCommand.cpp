@@ -4,6 +4,7 @@
 #include "KVXDateKeyFramesTrack.h"
 #include "KVXKeyFrameAnimationManager.h"
 #include "KVXVideoSettings.h"
+#include "animation/KVXScheduleCheck.h"
 #include "host/db/PfDocManager.h"
 
 #include <QFileInfo>
@@ -123,9 +124,12 @@ Pfad::Error KVXKeyFramesCommand::RunExportCommand(const QStringList& arguments, 
     QString size = QStringLiteral("1280x720");
     QString title;
     bool caption = true;
+    bool force = false;
     for (const QString& word : arguments) {
         const QString key = word.section(QLatin1Char('='), 0, 0);
-        if (key == QLatin1String("out"))
+        if (word == QLatin1String("force"))
+            force = true;
+        else if (key == QLatin1String("out"))
             out = word.section(QLatin1Char('='), 1);
         else if (key == QLatin1String("size"))
             size = word.section(QLatin1Char('='), 1);
@@ -145,6 +149,16 @@ Pfad::Error KVXKeyFramesCommand::RunExportCommand(const QStringList& arguments, 
     options.fileName = path.toStdWString();
     KVXKeyFrameAnimationManager* manager = KVXKeyFrameAnimationManager::GetInstance();
     manager->InitAnimationData();
+    // Most often a mistyped time: found out before hours of filming.
+    const double length = manager->getAnimationVideoLength();
+    if (length > KVXScheduleCheck::kFilmLimitSeconds && !force) {
+        if (message)
+            *message = QStringLiteral("the fly-through would last %1, over the limit of %2: check the key frames' "
+                                      "times")
+                           .arg(KVXScheduleCheck::Duration(length), KVXScheduleCheck::Duration(
+                                                                        KVXScheduleCheck::kFilmLimitSeconds));
+        return Pfad::eNotApplicable;
+    }
     manager->SetFilmCaption(caption, title);
     QString reason;
     const bool exported = manager->ExportVideo(options, &reason);

@@ -20,7 +20,8 @@ public:
     static Pfad::Error RunCommand(const QStringList& arguments, QString* message);
     // Exports the current document's fly-through: "out=FILE.mp4" (made
     // absolute), "size=WxH" (1280x720 unless given), "title=TEXT",
-    // "caption=off".
+    // "caption=off", "force" (a fly-through over an hour is refused without
+    // it).
     static Pfad::Error RunExportCommand(const QStringList& arguments, QString* message);
     // One line per moment: its time, the camera's eye and a target one metre
     // ahead on its line of sight, and the date; "-" for what it lacks.

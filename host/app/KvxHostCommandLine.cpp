@@ -1,14 +1,25 @@
 #include "KvxHostCommandLine.h"
 
 #include "KVXDemoSite.h"
+#include "KvxCommandLineHelp.h"
+#include "KvxCommandLineOptions.h"
+#include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
+#include "host/db/PfDbElement.h"
 #include "host/db/PfDbLoadReport.h"
+#include "host/db/PfDbObjContainer.h"
 #include "host/db/PfDocManager.h"
+#include "host/model/KVX3DElementObject.h"
+#include "host/model/KVXBaseObject.h"
 #include "host/model/PfGsModelView.h"
 #include "host/model/PfProgressMeter.h"
 #include "host/rx/PfEdCommandStack.h"
+#include "host/rx/PfRxClass.h"
 #include "host/rx/PfRxDictionary.h"
+#include "host/vpe/render/CPictureFile.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CViewFraming.h"
+#include "host/vpe/video/ZVideoFFmpeg.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -17,102 +28,21 @@
 
 #include <osg/ComputeBoundsVisitor>
 
-#include <cmath>
-
-struct KvxHostCommandLine::Options {
-    QString command;
-    QString input;
-    QString out;
-    int width = 1280;
-    int height = 720;
-    QString secondsPerDay;
-    QString poster;
-    bool hasCamera = false;
-    QString cameraText;
-    osg::Vec3d eye;
-    osg::Vec3d target;
-    QString addTime;
-    QString deleteTime;
-    QString date;
-    QString title;
-    bool caption = true;
-    bool help = false;
-};
-
 namespace {
 
-// One line for a bare or unknown command; --help tells more.
-const char* const kUsage = "usage: kvxhost COMMAND FILE [options], COMMAND one of demo-site, render, play, keyframes, "
-                           "export; kvxhost --help tells more";
-
-struct CommandHelp {
-    const char* command;
-    const char* text;
-};
-
-// What each command does and takes, with its units, defaults and an example.
-const CommandHelp kHelp[] = {
-    {"demo-site", "usage: kvxhost demo-site --out FILE.kvx\n"
-                  "Builds the demo construction site (buildings, road, tower crane, vehicles) and saves it.\n"
-                  "  --out FILE.kvx                the document to write\n"
-                  "example: kvxhost demo-site --out site.kvx\n"},
-    {"render", "usage: kvxhost render FILE.kvx --out FILE.png [options]\n"
-               "Renders the document's site off screen into a PNG picture.\n"
-               "  --out FILE.png                the picture to write (never the document)\n"
-               "  --size WxH                    pixels, 1 to 8192 a side (default 1280x720)\n"
-               "  --camera ex,ey,ez,tx,ty,tz    eye and target in millimetres (default: the whole site from the\n"
-               "                                south-west and above)\n"
-               "  --date yyyy-MM-dd             the site as it stands on that day of its schedule, with the caption\n"
-               "  --title TEXT                  a title over the caption's date\n"
-               "  --no-caption                  no caption\n"
-               "example: kvxhost render site.kvx --out site.png --size 1920x1080 --date 2025-03-20\n"},
-    {"play", "usage: kvxhost play FILE.kvx --out FILE.mp4 [options]\n"
-             "Films the document's schedule off screen: H.264 MP4, 24 frames a second, the date in a caption.\n"
-             "  --out FILE.mp4                the video to write; an earlier one stays until the new one is done\n"
-             "  --size WxH                    pixels, 1 to 4094 a side (default 1280x720)\n"
-             "  --seconds-per-day S           how long a day of the schedule lasts in the film (default 1)\n"
-             "  --poster FILE.png             also a picture of the site 60 % through the film\n"
-             "  --camera ex,ey,ez,tx,ty,tz    eye and target in millimetres (default: the whole site)\n"
-             "  --title TEXT                  a title over the caption's date\n"
-             "  --no-caption                  no caption\n"
-             "example: kvxhost play site.kvx --out schedule.mp4 --seconds-per-day 0.25 --poster schedule.png\n"},
-    {"keyframes", "usage: kvxhost keyframes FILE.kvx [--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd]\n"
-                  "                                 | --delete TIME_MS] [--out FILE.kvx]\n"
-                  "Lists the document's fly-through, one line per moment (time, eye, target, date), or adds or\n"
-                  "deletes one moment's key frames as one undoable step and saves the document.\n"
-                  "  --add TIME_MS                 a camera key frame at that moment, milliseconds from 0\n"
-                  "  --camera ex,ey,ez,tx,ty,tz    its eye and a point it looks at, in millimetres\n"
-                  "  --date yyyy-MM-dd             also a date key frame there: the schedule's day at that moment\n"
-                  "  --delete TIME_MS              the key frames at that moment\n"
-                  "  --out FILE.kvx                write a copy instead of the document\n"
-                  "example: kvxhost keyframes site.kvx --add 4000 --camera -90000,-110000,60000,0,15000,12000 "
-                  "--date 2025-03-20\n"},
-    {"export", "usage: kvxhost export FILE.kvx --out FILE.mp4 [options]\n"
-               "Films the document's fly-through (two camera key frames at least) off screen: H.264 MP4, 24 frames\n"
-               "a second, the schedule following the date key frames, the date in a caption.\n"
-               "  --out FILE.mp4                the video to write; an earlier one stays until the new one is done\n"
-               "  --size WxH                    pixels, 1 to 4094 a side (default 1280x720)\n"
-               "  --title TEXT                  a title over the caption's date\n"
-               "  --no-caption                  no caption\n"
-               "example: kvxhost export site.kvx --out flight.mp4 --size 1920x1080 --title \"East side\"\n"},
-};
-
-const char* helpOf(const QString& command)
-{
-    for (const CommandHelp& help : kHelp)
-        if (command == QLatin1String(help.command))
-            return help.text;
-    return nullptr;
-}
-
-// The animation module's command that films a document's schedule.
+// The animation module's commands the command line drives.
 const wchar_t* const kScheduleVideoCommand = L"KVXElement.KVX_EXPORT_SCHEDULE_VIDEO";
-// The animation module's command that lists and edits key frames.
 const wchar_t* const kKeyFramesCommand = L"KVXElement.KVX_KEY_FRAMES";
-// The animation module's command that films a document's fly-through.
 const wchar_t* const kExportCommand = L"KVXElement.KVX_EXPORT_FLY_THROUGH";
-// The animation module's command that stands the schedule still on a date.
 const wchar_t* const kShowDateCommand = L"KVXElement.KVX_SHOW_SCHEDULE_AT";
+const wchar_t* const kCheckCommand = L"KVXElement.KVX_CHECK_SCHEDULE";
+const wchar_t* const kListCommand = L"KVXElement.KVX_LIST_SCHEDULE";
+const wchar_t* const kDemoScheduleCommand = L"KVXElement.KVX_ADD_DEMO_SCHEDULE";
+
+// The largest still the renderer draws, a side.
+constexpr int kMaxPictureSide = 8192;
+
+enum class OutputKind { Picture, Video, Document };
 
 // The caption words of the module's film commands.
 QStringList captionWords(bool caption, const QString& title)
@@ -125,14 +55,14 @@ QStringList captionWords(bool caption, const QString& title)
     return words;
 }
 
-// Prints how far a long job has come, a line per tenth: a bar, the steps
+// Prints how far a long job has come, a line per tenth: a bar, the frames
 // done, the time it has taken and about how long is left.
 class ProgressPrinter : public PfProgressMeter::Listener {
 public:
-    explicit ProgressPrinter(QTextStream& out) : m_out(out) {}
-    void started(const QString& caption, int total) override
+    ProgressPrinter(QTextStream& out, const QString& label) : m_out(out), m_label(label) {}
+    void started(const QString&, int total) override
     {
-        m_out << caption << ": " << total << " frames\n";
+        m_out << m_label << ": " << total << " frames\n";
         m_out.flush();
         m_tenth = 0;
         m_clock.start();
@@ -154,8 +84,25 @@ public:
 
 private:
     QTextStream& m_out;
+    QString m_label;
     int m_tenth = 0;
     QElapsedTimer m_clock;
+};
+
+// Listens to the progress meter while it lives.
+class ProgressScope {
+public:
+    ProgressScope(QTextStream& out, const QString& label)
+        : m_printer(out, label), m_previous(PfProgressMeter::InstallListener(&m_printer))
+    {
+    }
+    ~ProgressScope() { PfProgressMeter::InstallListener(m_previous); }
+    ProgressScope(const ProgressScope&) = delete;
+    ProgressScope& operator=(const ProgressScope&) = delete;
+
+private:
+    ProgressPrinter m_printer;
+    PfProgressMeter::Listener* m_previous;
 };
 
 // The file a path names once links are followed, whether it exists or not.
@@ -176,45 +123,41 @@ PfEdCommandStack* moduleCommands()
     return commands && commands->HasGroup(L"KVXElement") ? commands : nullptr;
 }
 
-bool parseSize(const QString& text, int& width, int& height)
+// Why the output's name does not fit what is written into it; empty when it
+// does.
+QString formatProblem(const QString& path, OutputKind kind)
 {
-    const QStringList parts = text.split(QLatin1Char('x'));
-    bool okWidth = false, okHeight = false;
-    if (parts.size() == 2) {
-        width = parts[0].toInt(&okWidth);
-        height = parts[1].toInt(&okHeight);
+    const QString suffix = QFileInfo(path).suffix().toLower();
+    switch (kind) {
+    case OutputKind::Picture: {
+        QString problem;
+        vpe::CPictureFile::FormatOf(path, &problem);
+        return problem;
     }
-    return okWidth && okHeight && width >= 1 && height >= 1 && width <= 8192 && height <= 8192;
+    case OutputKind::Video:
+        return suffix == QLatin1String("mp4")
+                   ? QString()
+                   : QStringLiteral("%1: videos are written as H.264 MP4, name it .mp4").arg(path);
+    case OutputKind::Document:
+        return suffix == QLatin1String("kvx") ? QString()
+                                              : QStringLiteral("%1: documents are written as .kvx").arg(path);
+    }
+    return QString();
 }
 
-bool parseCamera(const QString& text, osg::Vec3d& eye, osg::Vec3d& target)
+QString sizeText(int width, int height) { return QStringLiteral("%1x%2").arg(width).arg(height); }
+
+// The size a video of the options' size is written at.
+QString videoSizeText(const KvxCommandLineOptions& options)
 {
-    const QStringList parts = text.split(QLatin1Char(','));
-    if (parts.size() != 6)
-        return false;
-    double values[6];
-    for (int i = 0; i < 6; ++i) {
-        bool ok = false;
-        values[i] = parts[i].trimmed().toDouble(&ok);
-        if (!ok || !std::isfinite(values[i]))
-            return false;
-    }
-    eye.set(values[0], values[1], values[2]);
-    target.set(values[3], values[4], values[5]);
-    return (target - eye).length() > 0.0;
+    return sizeText(ZVideoFFmpeg::WrittenSide(options.width), ZVideoFFmpeg::WrittenSide(options.height));
 }
 
-// Looks at the model from the south-west and above, all of it in view.
-void threeQuarterView(osg::Node* model, osg::Vec3d& eye, osg::Vec3d& target)
+osg::BoundingBox modelBounds(vpe::CViewer* viewer)
 {
     osg::ComputeBoundsVisitor bounds;
-    model->accept(bounds);
-    const osg::BoundingBox& box = bounds.getBoundingBox();
-    target = box.valid() ? osg::Vec3d(box.center()) : osg::Vec3d();
-    const double radius = box.valid() ? box.radius() : 10000.0;
-    osg::Vec3d away(-0.55, -0.85, 0.6);
-    away.normalize();
-    eye = target + away * (radius * 1.9);
+    viewer->GetScene()->GetRootNode()->accept(bounds);
+    return bounds.getBoundingBox();
 }
 
 } // namespace
@@ -228,135 +171,122 @@ int KvxHostCommandLine::fail(const QString& message, int code)
     return code;
 }
 
-bool KvxHostCommandLine::parse(const QStringList& arguments, Options& options)
+int KvxHostCommandLine::exitCodeOf(Pfad::Error result)
 {
-    options.command = arguments.value(0);
-    for (int i = 1; i < arguments.size(); ++i) {
-        const QString& argument = arguments[i];
-        const bool takesValue = argument == QLatin1String("--out") || argument == QLatin1String("--size") ||
-                                argument == QLatin1String("--camera") || argument == QLatin1String("--poster") ||
-                                argument == QLatin1String("--seconds-per-day") || argument == QLatin1String("--add") ||
-                                argument == QLatin1String("--delete") || argument == QLatin1String("--date") ||
-                                argument == QLatin1String("--title");
-        if (takesValue && i + 1 >= arguments.size()) {
-            fail(QStringLiteral("%1 needs a value").arg(argument), 2);
-            return false;
-        }
-        if (argument == QLatin1String("--out")) {
-            options.out = arguments[++i];
-        } else if (argument == QLatin1String("--size")) {
-            if (!parseSize(arguments[++i], options.width, options.height)) {
-                fail(QStringLiteral("--size wants WIDTHxHEIGHT between 1 and 8192, not \"%1\"").arg(arguments[i]), 2);
-                return false;
-            }
-        } else if (argument == QLatin1String("--seconds-per-day")) {
-            options.secondsPerDay = arguments[++i];
-        } else if (argument == QLatin1String("--poster")) {
-            options.poster = arguments[++i];
-        } else if (argument == QLatin1String("--add")) {
-            options.addTime = arguments[++i];
-        } else if (argument == QLatin1String("--delete")) {
-            options.deleteTime = arguments[++i];
-        } else if (argument == QLatin1String("--date")) {
-            options.date = arguments[++i];
-        } else if (argument == QLatin1String("--title")) {
-            options.title = arguments[++i];
-        } else if (argument == QLatin1String("--no-caption")) {
-            options.caption = false;
-        } else if (argument == QLatin1String("--help")) {
-            options.help = true;
-        } else if (argument == QLatin1String("--camera")) {
-            options.cameraText = arguments[i + 1];
-            options.hasCamera = parseCamera(arguments[++i], options.eye, options.target);
-            if (!options.hasCamera) {
-                fail(QStringLiteral("--camera wants six numbers ex,ey,ez,tx,ty,tz with eye and target apart, not \"%1\"")
-                         .arg(arguments[i]),
-                     2);
-                return false;
-            }
-        } else if (argument.startsWith(QLatin1String("--"))) {
-            fail(QStringLiteral("unknown option %1").arg(argument), 2);
-            return false;
-        } else if (options.input.isEmpty()) {
-            options.input = argument;
-        } else {
-            fail(QStringLiteral("unexpected argument %1").arg(argument), 2);
-            return false;
-        }
-    }
-    return true;
-}
-
-int KvxHostCommandLine::checkOutputs(const Options& options)
-{
-    // keyframes writes the document itself, on purpose.
-    const bool intoInput = options.command == QLatin1String("keyframes");
-    const QString input = options.input.isEmpty() ? QString() : resolvedPath(options.input);
-    for (const QString& output : {options.out, options.poster}) {
-        if (output.isEmpty())
-            continue;
-        if (!intoInput && resolvedPath(output) == input)
-            return fail(QStringLiteral("%1 is the input document: choose another output").arg(output), 2);
-        const QFileInfo folder(QFileInfo(output).absolutePath());
-        if (!folder.isDir() || !folder.isWritable())
-            return fail(QStringLiteral("cannot write %1: its folder %2").arg(output, folder.isDir()
-                                                                                     ? QStringLiteral("is not writable")
-                                                                                     : QStringLiteral("does not exist")));
-    }
-    return 0;
+    return result == Pfad::eOk ? 0 : result == Pfad::eInvalidInput ? 2 : 1;
 }
 
 int KvxHostCommandLine::help(const QString& command)
 {
-    if (command == QLatin1String("--help")) {
-        for (const CommandHelp& each : kHelp)
-            m_out << each.text << '\n';
-        return 0;
-    }
-    const char* text = helpOf(command);
-    if (!text)
-        return fail(QStringLiteral("unknown command %1; %2").arg(command, QString::fromLatin1(kUsage)), 2);
+    const QString text = KvxCommandLineHelp::Of(command);
+    if (text.isEmpty())
+        return fail(QStringLiteral("unknown command %1; %2").arg(command, KvxCommandLineHelp::Usage()), 2);
     m_out << text;
     return 0;
 }
 
 int KvxHostCommandLine::Run(const QStringList& arguments)
 {
-    if (arguments.value(0) == QLatin1String("--help"))
-        return help(arguments.value(0));
+    if (arguments.value(0) == QLatin1String("--help")) {
+        m_out << KvxCommandLineHelp::All();
+        return 0;
+    }
+    const QString command = arguments.value(0);
+    if (command.isEmpty())
+        return fail(KvxCommandLineHelp::Usage(), 2);
+    if (!KvxCommandLineOptions::Commands().contains(command))
+        return fail(QStringLiteral("unknown command %1; %2").arg(command, KvxCommandLineHelp::Usage()), 2);
     Options options;
-    if (!parse(arguments, options))
-        return 2;
+    QString error;
+    if (!options.Parse(arguments, error))
+        return fail(error, 2);
     if (options.help)
-        return help(options.command);
+        return help(command);
+    if (KvxCommandLineOptions::TakesDocument(command) && options.input.isEmpty())
+        return fail(QStringLiteral("%1 wants a document: kvxhost %1 FILE.kvx ...").arg(command), 2);
+    const bool needsOut = command == QLatin1String("demo-site") || command == QLatin1String("render") ||
+                          command == QLatin1String("play") || command == QLatin1String("export");
+    if (needsOut && options.out.isEmpty())
+        return fail(QStringLiteral("%1 wants --out FILE; kvxhost %1 --help tells more").arg(command), 2);
+    if (const int refused = checkSize(options))
+        return refused;
     if (const int refused = checkOutputs(options))
         return refused;
-    if (options.command == QLatin1String("demo-site"))
+    if (command == QLatin1String("demo-site"))
         return demoSite(options);
-    if (options.command == QLatin1String("render"))
+    if (command == QLatin1String("render"))
         return render(options);
-    if (options.command == QLatin1String("play"))
+    if (command == QLatin1String("play"))
         return play(options);
-    if (options.command == QLatin1String("keyframes"))
+    if (command == QLatin1String("keyframes"))
         return keyFrames(options);
-    if (options.command == QLatin1String("export"))
+    if (command == QLatin1String("export"))
         return exportFlyThrough(options);
-    if (options.command.isEmpty())
-        return fail(QString::fromLatin1(kUsage), 2);
-    return fail(QStringLiteral("unknown command %1; %2").arg(options.command, QString::fromLatin1(kUsage)), 2);
+    if (command == QLatin1String("check"))
+        return check(options);
+    return list(options);
 }
 
-int KvxHostCommandLine::demoSite(const Options& options)
+int KvxHostCommandLine::checkSize(const Options& options)
 {
-    if (options.out.isEmpty() || !options.input.isEmpty())
-        return fail(QStringLiteral("demo-site wants --out FILE.kvx and nothing else"), 2);
-    PfDbDocument document;
-    KVXDemoSite::Build(document.GetDatabase());
-    QString error;
-    if (!document.Save(options.out, &error))
-        return fail(error);
-    m_out << "wrote the demo site to " << options.out << '\n';
+    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export");
+    const int limit = video ? ZVideoFFmpeg::kMaxSide : kMaxPictureSide;
+    if (options.width > limit || options.height > limit)
+        return fail(QStringLiteral("%1 is too large: %2 are 1 to %3 pixels a side")
+                        .arg(sizeText(options.width, options.height),
+                             video ? QStringLiteral("videos") : QStringLiteral("pictures"))
+                        .arg(limit),
+                    2);
     return 0;
+}
+
+int KvxHostCommandLine::checkOutputs(const Options& options)
+{
+    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export");
+    const OutputKind outKind = options.command == QLatin1String("render") ? OutputKind::Picture
+                               : video                                     ? OutputKind::Video
+                                                                           : OutputKind::Document;
+    struct Output {
+        QString path;
+        OutputKind kind;
+    };
+    const Output outputs[] = {{options.out, outKind}, {options.poster, OutputKind::Picture}};
+    // keyframes writes the document itself, on purpose.
+    const bool intoInput = options.command == QLatin1String("keyframes");
+    const QString input = options.input.isEmpty() ? QString() : resolvedPath(options.input);
+    for (const Output& output : outputs) {
+        if (output.path.isEmpty())
+            continue;
+        if (!intoInput && resolvedPath(output.path) == input)
+            return fail(QStringLiteral("%1 is the input document: choose another output").arg(output.path), 2);
+        const QString problem = formatProblem(output.path, output.kind);
+        if (!problem.isEmpty())
+            return fail(problem, 2);
+        if (QFileInfo(output.path).isDir())
+            return fail(QStringLiteral("%1 is a folder: name a file").arg(output.path), 2);
+        const QFileInfo folder(QFileInfo(output.path).absolutePath());
+        if (!folder.isDir() || !folder.isWritable())
+            return fail(QStringLiteral("cannot write %1: its folder %2")
+                            .arg(output.path, folder.isDir() ? QStringLiteral("is not writable")
+                                                             : QStringLiteral("does not exist")));
+    }
+    if (!options.poster.isEmpty() && resolvedPath(options.poster) == resolvedPath(options.out))
+        return fail(QStringLiteral("the poster and the video are both %1").arg(options.out), 2);
+    return 0;
+}
+
+Pfad::Error KvxHostCommandLine::runModuleCommand(const wchar_t* name, const QStringList& words, QString& message)
+{
+    PfEdCommandStack* commands = moduleCommands();
+    if (!commands) {
+        message = QStringLiteral("the animation module is not installed");
+        return Pfad::eNotApplicable;
+    }
+    message.clear();
+    const Pfad::Error result = commands->RunCommand(name, words, &message);
+    if (result == Pfad::eKeyNotFound && message.isEmpty())
+        message = QStringLiteral("the animation module lacks the command %1").arg(QString::fromWCharArray(name));
+    return result;
 }
 
 PfDbDocument* KvxHostCommandLine::openAndShow(const Options& options, QString& error)
@@ -370,76 +300,134 @@ PfDbDocument* KvxHostCommandLine::openAndShow(const Options& options, QString& e
     PfGsModelView* view = PfGsModelView::Attach(document);
     vpe::CViewer* viewer = view->GetViewer();
     viewer->SetActiveViewportSize(options.width, options.height);
-    osg::Vec3d eye = options.eye, target = options.target;
-    if (!options.hasCamera)
-        threeQuarterView(viewer->GetScene()->GetRootNode(), eye, target);
     vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
+    const double aspect = double(options.width) / double(options.height);
+    camera->SetAspectRatio(float(aspect));
+    osg::Vec3d eye = options.eye, target = options.target;
+    if (!options.hasCamera) {
+        const QString preset = options.view.isEmpty() ? QStringLiteral("overview") : options.view;
+        const std::vector<osg::Vec3d> corners = vpe::CViewFraming::Corners(viewer->GetScene()->GetRootNode());
+        if (!vpe::CViewFraming::Frame(corners, preset, aspect, camera->GetFieldOfView(), eye, target)) {
+            eye.set(-10000.0, -10000.0, 10000.0);
+            target.set(0.0, 0.0, 0.0);
+        }
+    }
     camera->SetLookAt(eye, target);
-    camera->SetAspectRatio(float(options.width) / float(options.height));
     viewer->SetCamera(*camera);
     return document;
 }
 
+int KvxHostCommandLine::demoSite(const Options& options)
+{
+    PfDbDocument* document = PfDocManagerPtr()->NewDocument();
+    KVXDemoSite::Build(document->GetDatabase());
+    // The schedule's records take their elements' levels from a view.
+    PfGsModelView::Attach(document);
+    QString message;
+    const bool scheduled = moduleCommands() && runModuleCommand(kDemoScheduleCommand, {}, message) == Pfad::eOk;
+    QString error;
+    const bool saved = document->Save(options.out, &error);
+    PfDocManagerPtr()->CloseDocument(document);
+    if (!saved)
+        return fail(error);
+    if (scheduled)
+        m_out << "wrote the demo site and its schedule to " << options.out << '\n';
+    else
+        m_out << "wrote the demo site to " << options.out << " (no schedule: " << message << ")\n";
+    return 0;
+}
+
 int KvxHostCommandLine::render(const Options& options)
 {
-    if (options.input.isEmpty() || options.out.isEmpty())
-        return fail(QStringLiteral("render wants a document and --out FILE.png"), 2);
     QString error;
     PfDbDocument* document = openAndShow(options, error);
     if (!document)
         return fail(error);
     if (!options.date.isEmpty()) {
-        PfEdCommandStack* commands = moduleCommands();
-        if (!commands)
-            return fail(QStringLiteral("the animation module is not installed: no schedule date can be shown"));
         const QStringList words =
             QStringList{QStringLiteral("date=%1").arg(options.date)} + captionWords(options.caption, options.title);
-        const Pfad::Error shown = commands->RunCommand(kShowDateCommand, words, &error);
+        const Pfad::Error shown = runModuleCommand(kShowDateCommand, words, error);
         if (shown != Pfad::eOk) {
             PfDocManagerPtr()->CloseDocument(document);
-            return fail(error, shown == Pfad::eInvalidInput ? 2 : 1);
+            return fail(error, exitCodeOf(shown));
         }
     }
     QImage picture;
-    if (!document->GetActiveView()->GetViewer()->RenderFrame(picture, &error))
-        return fail(error);
-    if (!picture.save(options.out, "PNG"))
-        return fail(QStringLiteral("cannot write %1").arg(options.out));
-    m_out << "rendered " << options.input << " to " << options.out << " (" << options.width << 'x' << options.height
-          << ")\n";
+    const bool done = document->GetActiveView()->GetViewer()->RenderFrame(picture, &error) &&
+                      vpe::CPictureFile::Save(picture, options.out, &error);
     PfDocManagerPtr()->CloseDocument(document);
+    if (!done)
+        return fail(error);
+    m_out << "rendered " << options.input << " to " << options.out << " ("
+          << sizeText(options.width, options.height) << ")\n";
     return 0;
+}
+
+int KvxHostCommandLine::printCheck(const Options& options, bool toOutput)
+{
+    QStringList words;
+    if (!options.secondsPerDay.isEmpty())
+        words << QStringLiteral("seconds-per-day=%1").arg(options.secondsPerDay);
+    if (options.force)
+        words << QStringLiteral("force");
+    QString report;
+    const Pfad::Error result = runModuleCommand(kCheckCommand, words, report);
+    if (result != Pfad::eOk && result != Pfad::eNotApplicable)
+        return fail(report, exitCodeOf(result));
+    const QStringList lines = report.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    m_unfilmable = report.contains(QLatin1String("\ncannot film: "));
+    for (int i = 0; i < lines.size(); ++i) {
+        if (toOutput || i == 0)
+            m_out << lines[i] << '\n';
+        else
+            m_err << "kvxhost: " << lines[i] << '\n';
+    }
+    m_out.flush();
+    m_err.flush();
+    return result == Pfad::eOk ? 0 : 1;
+}
+
+int KvxHostCommandLine::check(const Options& options)
+{
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    const int code = printCheck(options, true);
+    PfDocManagerPtr()->CloseDocument(document);
+    return code;
 }
 
 int KvxHostCommandLine::play(const Options& options)
 {
-    if (options.input.isEmpty() || options.out.isEmpty())
-        return fail(QStringLiteral("play wants a document and --out FILE.mp4"), 2);
-    PfEdCommandStack* commands = moduleCommands();
-    if (!commands)
+    if (!moduleCommands())
         return fail(QStringLiteral("the animation module is not installed: no schedule can be played"));
     QString error;
     PfDbDocument* document = openAndShow(options, error);
     if (!document)
         return fail(error);
+    if (printCheck(options, false) != 0) {
+        PfDocManagerPtr()->CloseDocument(document);
+        return fail(m_unfilmable ? QStringLiteral("not filmed")
+                                 : QStringLiteral("not filmed: mend the problems above, or film anyway with --force"));
+    }
     QStringList words{QStringLiteral("out=%1").arg(options.out),
-                      QStringLiteral("size=%1x%2").arg(options.width).arg(options.height)};
+                      QStringLiteral("size=%1").arg(sizeText(options.width, options.height))};
     if (!options.secondsPerDay.isEmpty())
         words << QStringLiteral("seconds-per-day=%1").arg(options.secondsPerDay);
     if (!options.poster.isEmpty())
         words << QStringLiteral("poster=%1").arg(options.poster);
     words << captionWords(options.caption, options.title);
-    ProgressPrinter printer(m_out);
-    PfProgressMeter::Listener* previous = PfProgressMeter::InstallListener(&printer);
-    const Pfad::Error result = commands->RunCommand(kScheduleVideoCommand, words, &error);
-    PfProgressMeter::InstallListener(previous);
+    Pfad::Error result;
+    {
+        ProgressScope progress(m_out, QStringLiteral("filming the schedule"));
+        result = runModuleCommand(kScheduleVideoCommand, words, error);
+    }
     PfDocManagerPtr()->CloseDocument(document);
-    if (result == Pfad::eKeyNotFound)
-        return fail(QStringLiteral("the animation module cannot film schedules"));
     if (result != Pfad::eOk)
-        return fail(error);
-    m_out << "wrote the schedule of " << options.input << " to " << options.out << " (" << options.width << 'x'
-          << options.height << ", 24 frames a second)";
+        return fail(error, exitCodeOf(result));
+    m_out << "wrote the schedule of " << options.input << " to " << options.out << " (" << videoSizeText(options)
+          << ", 24 frames a second)";
     if (!options.poster.isEmpty())
         m_out << " and its poster to " << options.poster;
     m_out << '\n';
@@ -450,14 +438,15 @@ int KvxHostCommandLine::keyFrames(const Options& options)
 {
     const bool adding = !options.addTime.isEmpty();
     const bool deleting = !options.deleteTime.isEmpty();
-    if (options.input.isEmpty() || (adding && deleting))
-        return fail(QStringLiteral("keyframes wants a document, and --add or --delete, not both"), 2);
+    if (adding && deleting)
+        return fail(QStringLiteral("keyframes takes --add or --delete, not both"), 2);
     if (adding != options.hasCamera)
         return fail(QStringLiteral("--add wants --camera, and --camera goes with --add"), 2);
     if (!options.date.isEmpty() && !adding)
         return fail(QStringLiteral("--date goes with --add"), 2);
-    PfEdCommandStack* commands = moduleCommands();
-    if (!commands)
+    if (!options.out.isEmpty() && !adding && !deleting)
+        return fail(QStringLiteral("--out goes with --add or --delete: a listing changes nothing"), 2);
+    if (!moduleCommands())
         return fail(QStringLiteral("the animation module is not installed: no key frame can be read"));
     const QString out = options.out.isEmpty() ? options.input : options.out;
     QStringList words;
@@ -473,15 +462,11 @@ int KvxHostCommandLine::keyFrames(const Options& options)
     if (!document)
         return fail(error);
     QString message;
-    const Pfad::Error result = commands->RunCommand(kKeyFramesCommand, words, &message);
+    const Pfad::Error result = runModuleCommand(kKeyFramesCommand, words, message);
     const bool saved = result == Pfad::eOk && (adding || deleting) ? document->Save(out, &error) : true;
     PfDocManagerPtr()->CloseDocument(document);
-    if (result == Pfad::eKeyNotFound && message.isEmpty())
-        return fail(QStringLiteral("the animation module cannot edit key frames"));
-    if (result == Pfad::eInvalidInput)
-        return fail(message, 2);
     if (result != Pfad::eOk)
-        return fail(message);
+        return fail(message, exitCodeOf(result));
     if (!saved)
         return fail(error);
     m_out << message;
@@ -492,31 +477,77 @@ int KvxHostCommandLine::keyFrames(const Options& options)
 
 int KvxHostCommandLine::exportFlyThrough(const Options& options)
 {
-    if (options.input.isEmpty() || options.out.isEmpty())
-        return fail(QStringLiteral("export wants a document and --out FILE.mp4"), 2);
-    PfEdCommandStack* commands = moduleCommands();
-    if (!commands)
+    if (!moduleCommands())
         return fail(QStringLiteral("the animation module is not installed: no fly-through can be exported"));
     QString error;
     PfDbDocument* document = openAndShow(options, error);
     if (!document)
         return fail(error);
-    const QStringList words = QStringList{QStringLiteral("out=%1").arg(options.out),
-                                          QStringLiteral("size=%1x%2").arg(options.width).arg(options.height)} +
-                              captionWords(options.caption, options.title);
-    ProgressPrinter printer(m_out);
-    PfProgressMeter::Listener* previous = PfProgressMeter::InstallListener(&printer);
+    QStringList words = QStringList{QStringLiteral("out=%1").arg(options.out),
+                                    QStringLiteral("size=%1").arg(sizeText(options.width, options.height))} +
+                        captionWords(options.caption, options.title);
+    if (options.force)
+        words << QStringLiteral("force");
     QString message;
-    const Pfad::Error result = commands->RunCommand(kExportCommand, words, &message);
-    PfProgressMeter::InstallListener(previous);
+    Pfad::Error result;
+    {
+        ProgressScope progress(m_out, QStringLiteral("filming the fly-through"));
+        result = runModuleCommand(kExportCommand, words, message);
+    }
     PfDocManagerPtr()->CloseDocument(document);
-    if (result == Pfad::eKeyNotFound && message.isEmpty())
-        return fail(QStringLiteral("the animation module cannot export fly-throughs"));
-    if (result == Pfad::eInvalidInput)
-        return fail(message, 2);
     if (result != Pfad::eOk)
-        return fail(message);
-    m_out << "wrote the fly-through of " << options.input << " to " << options.out << " (" << options.width << 'x'
-          << options.height << ", 24 frames a second): " << message << '\n';
+        return fail(message, exitCodeOf(result));
+    m_out << "wrote the fly-through of " << options.input << " to " << options.out << " (" << videoSizeText(options)
+          << ", 24 frames a second): " << message << '\n';
     return 0;
+}
+
+int KvxHostCommandLine::list(const Options& options)
+{
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    int count = 0;
+    QString elements;
+    for (PfDbObject* object : *document->GetDatabase()->GetModelSpace()) {
+        // The model's elements; the module's records are base objects too,
+        // without a shape of their own.
+        const PfDbElement* element = PfDbElement::Cast(object);
+        if (!element || (KVXBaseObject::Cast(object) && !KVX3DElementObject::Cast(object)))
+            continue;
+        ++count;
+        elements += QStringLiteral("  #%1  %2  %3\n")
+                        .arg(static_cast<qint64>(object->GetHandle()), -6)
+                        .arg(QString::fromStdWString(object->IsA()->Name()), -20)
+                        .arg(QString::fromStdWString(element->GetName()));
+    }
+    m_out << count << " elements\n" << elements;
+    const osg::BoundingBox box = modelBounds(document->GetActiveView()->GetViewer());
+    if (box.valid())
+        m_out << QStringLiteral("extents: %1 x %2 x %3 m, from (%4, %5, %6) to (%7, %8, %9) mm\n")
+                     .arg((box.xMax() - box.xMin()) / 1000.0, 0, 'f', 1)
+                     .arg((box.yMax() - box.yMin()) / 1000.0, 0, 'f', 1)
+                     .arg((box.zMax() - box.zMin()) / 1000.0, 0, 'f', 1)
+                     .arg(box.xMin(), 0, 'f', 0)
+                     .arg(box.yMin(), 0, 'f', 0)
+                     .arg(box.zMin(), 0, 'f', 0)
+                     .arg(box.xMax(), 0, 'f', 0)
+                     .arg(box.yMax(), 0, 'f', 0)
+                     .arg(box.zMax(), 0, 'f', 0);
+    else
+        m_out << "extents: the model is empty\n";
+    int code = 0;
+    for (const wchar_t* command : {kListCommand, kKeyFramesCommand}) {
+        QString message;
+        const Pfad::Error result = runModuleCommand(command, {}, message);
+        if (result == Pfad::eOk)
+            m_out << message;
+        else
+            code = fail(message, exitCodeOf(result));
+        if (!moduleCommands())
+            break;
+    }
+    PfDocManagerPtr()->CloseDocument(document);
+    return code;
 }

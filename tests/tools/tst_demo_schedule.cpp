@@ -13,7 +13,7 @@
 #include "host/vpe/scene/CCaption.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 #include "keyframe/KVXScheduleDateClock.h"
-#include "tools/KVXDemoSchedule.h"
+#include "animation/KVXDemoSchedule.h"
 
 #include "tests/support/FixedStepTimeSource.h"
 #include "tests/support/ImageDifference.h"

@@ -37,6 +37,8 @@ class QImage;
 class ZVideoFFmpeg {
 public:
     static constexpr int kMaxSide = 4094;
+    // The side a video of that side is written with: odd sides grow by one.
+    static constexpr int WrittenSide(int side) { return side + (side & 1); }
     static constexpr int kMaxFramesPerSecond = 240;
 
     ZVideoFFmpeg();

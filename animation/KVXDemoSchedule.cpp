@@ -1,11 +1,13 @@
 #include "KVXDemoSchedule.h"
 
-#include "animation/KVXAnimatorManager.h"
-#include "animation/KVXTowerAnimation.h"
+#include "KVXAnimatorManager.h"
+#include "KVXTowerAnimation.h"
+
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbElement.h"
 #include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDocManager.h"
 
 #include <QDate>
 #include <QString>
@@ -113,6 +115,23 @@ bool addCrane(const Elements& elements)
 }
 
 } // namespace
+
+const wchar_t* const KVXDemoSchedule::kCommandName = L"KVX_ADD_DEMO_SCHEDULE";
+
+Pfad::Error KVXDemoSchedule::RunCommand(const QStringList& arguments, QString* message)
+{
+    const auto answer = [message](const QString& text, Pfad::Error code) {
+        if (message)
+            *message = text;
+        return code;
+    };
+    if (!arguments.isEmpty())
+        return answer(QStringLiteral("the demo schedule takes no words"), Pfad::eInvalidInput);
+    if (!Add(PfDocManagerPtr()->CurrentDocument()))
+        return answer(QStringLiteral("the document is not the demo site: an element of the demo schedule is missing"),
+                      Pfad::eNotApplicable);
+    return answer(QStringLiteral("added the demo schedule"), Pfad::eOk);
+}
 
 bool KVXDemoSchedule::Add(PfDbDocument* document)
 {

@@ -1,5 +1,9 @@
 #pragma once
 
+#include "host/rx/PfadError.h"
+
+#include <QStringList>
+
 class PfDbDocument;
 
 // The demo site's construction schedule, for the current document after the
@@ -12,6 +16,9 @@ class PfDbDocument;
 // 3 March 2025 and runs 58 days.
 class KVXDemoSchedule {
 public:
+    static const wchar_t* const kCommandName;
+    // The command: adds the schedule to the current document (no words).
+    static Pfad::Error RunCommand(const QStringList& arguments, QString* message);
     // False when the document lacks an element the schedule needs.
     static bool Add(PfDbDocument* document);
 };

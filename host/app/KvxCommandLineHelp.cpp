@@ -1,0 +1,100 @@
+#include "KvxCommandLineHelp.h"
+
+#include "KvxCommandLineOptions.h"
+
+namespace {
+
+struct CommandHelp {
+    const char* command;
+    const char* text;
+};
+
+const CommandHelp kHelp[] = {
+    {"demo-site", "usage: kvxhost demo-site --out FILE.kvx\n"
+                  "Builds the demo construction site (buildings, road, tower crane, vehicles) with its 58-day\n"
+                  "schedule, ready for render and play, and saves it.\n"
+                  "  --out FILE.kvx                the document to write\n"
+                  "example: kvxhost demo-site --out site.kvx\n"},
+    {"render", "usage: kvxhost render FILE.kvx --out PICTURE [options]\n"
+               "Renders the document's site off screen into a picture.\n"
+               "  --out PICTURE                 .png, .jpg or .bmp; an earlier one stays until the new one is done\n"
+               "  --size WxH                    pixels, 1 to 8192 a side (default 1280x720)\n"
+               "  --view NAME                   overview (default), south-west, north-east, top or front: the\n"
+               "                                whole site, filling the picture\n"
+               "  --camera ex,ey,ez,tx,ty,tz    or an eye and a target, in millimetres\n"
+               "  --date yyyy-MM-dd             the site as it stands on that day of its schedule, with the caption\n"
+               "  --title TEXT                  a title over the caption's date\n"
+               "  --no-caption                  no caption\n"
+               "example: kvxhost render site.kvx --out site.png --size 1920x1080 --date 2025-03-20\n"},
+    {"play", "usage: kvxhost play FILE.kvx --out FILE.mp4 [options]\n"
+             "Checks the document's schedule (as check does), then films it off screen: H.264 MP4, 24 frames\n"
+             "a second, the date in a caption.\n"
+             "  --out FILE.mp4                the video; an earlier one stays until the new one is done\n"
+             "  --size WxH                    pixels, 1 to 4094 a side (default 1280x720); an odd side is\n"
+             "                                written one pixel larger\n"
+             "  --seconds-per-day S           how long a day of the schedule lasts in the film (default 1)\n"
+             "  --poster PICTURE              also a picture of the site 60 % through the film\n"
+             "  --view NAME | --camera ...    where the camera stands, as for render\n"
+             "  --title TEXT                  a title over the caption's date\n"
+             "  --no-caption                  no caption\n"
+             "  --force                       film even with the check's problems (a film over an hour, records\n"
+             "                                that cannot play)\n"
+             "example: kvxhost play site.kvx --out schedule.mp4 --seconds-per-day 0.25 --poster schedule.png\n"},
+    {"export", "usage: kvxhost export FILE.kvx --out FILE.mp4 [options]\n"
+               "Films the document's fly-through (two camera key frames at least) off screen: H.264 MP4, 24 frames\n"
+               "a second, the schedule following the date key frames, the date in a caption.\n"
+               "  --out FILE.mp4                the video; an earlier one stays until the new one is done\n"
+               "  --size WxH                    pixels, 1 to 4094 a side (default 1280x720); an odd side is\n"
+               "                                written one pixel larger\n"
+               "  --title TEXT                  a title over the caption's date\n"
+               "  --no-caption                  no caption\n"
+               "  --force                       film a fly-through over an hour long\n"
+               "example: kvxhost export site.kvx --out flight.mp4 --size 1920x1080 --title \"East side\"\n"},
+    {"keyframes", "usage: kvxhost keyframes FILE.kvx [--add TIME_MS --camera ex,ey,ez,tx,ty,tz [--date yyyy-MM-dd]\n"
+                  "                                 | --delete TIME_MS] [--out FILE.kvx]\n"
+                  "Lists the document's fly-through, one line per moment (time, eye, target, date), or adds or\n"
+                  "deletes one moment's key frames as one undoable step and saves the document.\n"
+                  "  --add TIME_MS                 a camera key frame at that moment, milliseconds from 0\n"
+                  "  --camera ex,ey,ez,tx,ty,tz    its eye and a point it looks at, in millimetres\n"
+                  "  --date yyyy-MM-dd             also a date key frame there: the schedule's day at that moment\n"
+                  "  --delete TIME_MS              the key frames at that moment\n"
+                  "  --out FILE.kvx                write a copy instead of the document\n"
+                  "example: kvxhost keyframes site.kvx --add 4000 --camera -90000,-110000,60000,0,15000,12000 "
+                  "--date 2025-03-20\n"},
+    {"check", "usage: kvxhost check FILE.kvx [--seconds-per-day S]\n"
+              "Checks the document's schedule before a film: records whose element is missing, whose dates are\n"
+              "impossible or reversed, records of one element that overlap, a span over ten years and a film\n"
+              "over 20 minutes (over an hour, play refuses it without --force). Exits 1 when a problem stands\n"
+              "in the way of a film.\n"
+              "  --seconds-per-day S           the film's speed, as for play (default 1)\n"
+              "example: kvxhost check site.kvx --seconds-per-day 0.25\n"},
+    {"list", "usage: kvxhost list FILE.kvx\n"
+             "Prints the document's elements (handle, kind, name), the model's extents, its schedule's records\n"
+             "(number, kind, element, dates) and its fly-through's key frames.\n"
+             "example: kvxhost list site.kvx\n"},
+};
+
+} // namespace
+
+QString KvxCommandLineHelp::Usage()
+{
+    return QStringLiteral("usage: kvxhost COMMAND [FILE.kvx] [options], COMMAND one of %1; kvxhost --help tells more")
+        .arg(KvxCommandLineOptions::Commands().join(QStringLiteral(", ")));
+}
+
+QString KvxCommandLineHelp::Of(const QString& command)
+{
+    for (const CommandHelp& help : kHelp)
+        if (command == QLatin1String(help.command))
+            return QString::fromUtf8(help.text);
+    return QString();
+}
+
+QString KvxCommandLineHelp::All()
+{
+    QString text = QStringLiteral("kvxhost: the construction site's model, schedule and films from the command line.\n"
+                                  "Exit codes: 0 done, 1 failed while running, 2 bad usage.\n\n");
+    for (const CommandHelp& help : kHelp)
+        text += QString::fromUtf8(help.text) + QLatin1Char('\n');
+    return text;
+}

@@ -1,0 +1,185 @@
+#include "KvxCommandLineOptions.h"
+
+#include "host/vpe/scene/CViewFraming.h"
+
+#include <QDate>
+
+#include <cmath>
+
+namespace {
+
+struct CommandOptions {
+    const char* command;
+    bool document;
+    // The options it takes, each followed by a space.
+    const char* options;
+};
+
+const CommandOptions kCommands[] = {
+    {"demo-site", false, "--out "},
+    {"render", true, "--out --size --camera --view --date --title --no-caption "},
+    {"play", true, "--out --size --seconds-per-day --poster --camera --view --title --no-caption --force "},
+    {"export", true, "--out --size --title --no-caption --force "},
+    {"keyframes", true, "--add --camera --date --delete --out "},
+    {"check", true, "--seconds-per-day "},
+    {"list", true, ""},
+};
+
+const CommandOptions* commandOptions(const QString& command)
+{
+    for (const CommandOptions& each : kCommands)
+        if (command == QLatin1String(each.command))
+            return &each;
+    return nullptr;
+}
+
+bool takesValue(const QString& option)
+{
+    static const QStringList valued{"--out",    "--size", "--seconds-per-day", "--poster", "--camera", "--view",
+                                    "--add",    "--delete", "--date",          "--title"};
+    return valued.contains(option);
+}
+
+bool parseSize(const QString& text, int& width, int& height)
+{
+    const QStringList parts = text.split(QLatin1Char('x'));
+    bool okWidth = false, okHeight = false;
+    if (parts.size() == 2) {
+        width = parts[0].toInt(&okWidth);
+        height = parts[1].toInt(&okHeight);
+    }
+    return okWidth && okHeight && width >= 1 && height >= 1;
+}
+
+bool parseCamera(const QString& text, osg::Vec3d& eye, osg::Vec3d& target)
+{
+    const QStringList parts = text.split(QLatin1Char(','));
+    if (parts.size() != 6)
+        return false;
+    double values[6];
+    for (int i = 0; i < 6; ++i) {
+        bool ok = false;
+        values[i] = parts[i].trimmed().toDouble(&ok);
+        if (!ok || !std::isfinite(values[i]))
+            return false;
+    }
+    eye.set(values[0], values[1], values[2]);
+    target.set(values[3], values[4], values[5]);
+    return (target - eye).length() > 0.0;
+}
+
+bool isTime(const QString& text)
+{
+    bool ok = false;
+    return text.toInt(&ok) >= 0 && ok;
+}
+
+} // namespace
+
+QStringList KvxCommandLineOptions::Commands()
+{
+    QStringList names;
+    for (const CommandOptions& each : kCommands)
+        names << QLatin1String(each.command);
+    return names;
+}
+
+bool KvxCommandLineOptions::TakesDocument(const QString& command)
+{
+    const CommandOptions* options = commandOptions(command);
+    return options && options->document;
+}
+
+bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
+{
+    command = arguments.value(0);
+    const CommandOptions* allowed = commandOptions(command);
+    for (int i = 1; i < arguments.size(); ++i) {
+        const QString& argument = arguments[i];
+        if (argument == QLatin1String("--help")) {
+            help = true;
+            continue;
+        }
+        if (!argument.startsWith(QLatin1String("--"))) {
+            if (!input.isEmpty() || (allowed && !allowed->document)) {
+                error = QStringLiteral("unexpected argument %1").arg(argument);
+                return false;
+            }
+            input = argument;
+            continue;
+        }
+        if (!takesValue(argument) && argument != QLatin1String("--no-caption") && argument != QLatin1String("--force")) {
+            error = QStringLiteral("unknown option %1").arg(argument);
+            return false;
+        }
+        if (allowed && !QString::fromLatin1(allowed->options).contains(argument + QLatin1Char(' '))) {
+            error = QStringLiteral("%1 does not take %2; kvxhost %1 --help lists what it takes").arg(command, argument);
+            return false;
+        }
+        if (takesValue(argument) && i + 1 >= arguments.size()) {
+            error = QStringLiteral("%1 needs a value").arg(argument);
+            return false;
+        }
+        const QString value = takesValue(argument) ? arguments[++i] : QString();
+        if (argument == QLatin1String("--out")) {
+            out = value;
+        } else if (argument == QLatin1String("--size")) {
+            sizeGiven = true;
+            if (!parseSize(value, width, height)) {
+                error = QStringLiteral("--size wants WIDTHxHEIGHT in pixels, not \"%1\"").arg(value);
+                return false;
+            }
+        } else if (argument == QLatin1String("--seconds-per-day")) {
+            bool ok = false;
+            const double seconds = value.toDouble(&ok);
+            if (!ok || !(seconds > 0.0) || seconds > 3600.0) {
+                error = QStringLiteral("--seconds-per-day wants a number of seconds above 0 and at most 3600, not "
+                                       "\"%1\"")
+                            .arg(value);
+                return false;
+            }
+            secondsPerDay = value;
+        } else if (argument == QLatin1String("--poster")) {
+            poster = value;
+        } else if (argument == QLatin1String("--camera")) {
+            cameraText = value;
+            hasCamera = parseCamera(value, eye, target);
+            if (!hasCamera) {
+                error = QStringLiteral("--camera wants six numbers ex,ey,ez,tx,ty,tz with eye and target apart, "
+                                       "not \"%1\"")
+                            .arg(value);
+                return false;
+            }
+        } else if (argument == QLatin1String("--view")) {
+            view = value;
+            if (!vpe::CViewFraming::PresetNames().contains(value)) {
+                error = QStringLiteral("--view wants one of %1, not \"%2\"")
+                            .arg(vpe::CViewFraming::PresetNames().join(QStringLiteral(", ")), value);
+                return false;
+            }
+        } else if (argument == QLatin1String("--date")) {
+            date = value;
+            if (!QDate::fromString(value, QStringLiteral("yyyy-MM-dd")).isValid()) {
+                error = QStringLiteral("--date wants a day as yyyy-MM-dd, not \"%1\"").arg(value);
+                return false;
+            }
+        } else if (argument == QLatin1String("--add") || argument == QLatin1String("--delete")) {
+            (argument == QLatin1String("--add") ? addTime : deleteTime) = value;
+            if (!isTime(value)) {
+                error = QStringLiteral("%1 wants whole milliseconds from 0, not \"%2\"").arg(argument, value);
+                return false;
+            }
+        } else if (argument == QLatin1String("--title")) {
+            title = value;
+        } else if (argument == QLatin1String("--no-caption")) {
+            caption = false;
+        } else if (argument == QLatin1String("--force")) {
+            force = true;
+        }
+    }
+    if (hasCamera && !view.isEmpty()) {
+        error = QStringLiteral("--camera and --view both place the camera: give one of them");
+        return false;
+    }
+    return true;
+}
