@@ -70,6 +70,11 @@ QColor KVX3DElementObject::GetDrawColor() const
     return color;
 }
 
+QColor KVX3DElementObject::EntityColor() const
+{
+    return m_bodies.empty() ? KVXBaseObject::EntityColor() : KVXDrawHelper::EdgeColor(GetDrawColor());
+}
+
 bool KVX3DElementObject::draw3d(PfGiWorldDraw* draw, vpe::CSceneNode*& node)
 {
     if (m_bodies.empty())

@@ -20,6 +20,9 @@ public:
     void AddBody(vpe::CBody* body);
     // The body colour with the transparency as alpha.
     QColor GetDrawColor() const;
+    // With bodies, the colour their edges are drawn in; without, the
+    // polyline's own colour.
+    QColor EntityColor() const override;
 
     const QColor& GetBodyColor() const { return m_bodyColor; }
     void SetBodyColor(const QColor& color) { m_bodyColor = color; }

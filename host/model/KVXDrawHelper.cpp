@@ -66,13 +66,20 @@ void KVXDrawHelper::TessellateShell(const vpe::CBody& shell, std::vector<osg::Ve
     }
 }
 
+QColor KVXDrawHelper::EdgeColor(const QColor& color)
+{
+    QColor edge = color.darker(220);
+    edge.setAlpha(color.alpha());
+    return edge;
+}
+
 vpe::CStateSet* KVXDrawHelper::FaceStateSet(const QColor& color)
 {
     osg::ref_ptr<vpe::CStateSet> state = new vpe::CStateSet;
+    // Ambient and diffuse alike, as every other face in the scene (caps,
+    // emphasis) is lit: the scene's ambient light is weighed for that.
     state->SetDiffuseColor(color);
-    QColor ambient = color.darker(160);
-    ambient.setAlpha(color.alpha());
-    state->SetAmbientColor(ambient);
+    state->SetAmbientColor(color);
     state->SetFaceMode(vpe::CStateSet::BothFaces);
     state->SetTwoSidedLighting(true);
     // Edges drawn on the faces must win the depth test.
@@ -87,8 +94,7 @@ vpe::CStateSet* KVXDrawHelper::FaceStateSet(const QColor& color)
 vpe::CStateSet* KVXDrawHelper::EdgeStateSet(const QColor& color)
 {
     osg::ref_ptr<vpe::CStateSet> state = new vpe::CStateSet;
-    QColor edge = color.darker(220);
-    edge.setAlpha(color.alpha());
+    const QColor edge = EdgeColor(color);
     state->SetDiffuseColor(edge);
     state->SetAmbientColor(edge);
     state->SetLightingEnabled(false);

@@ -25,6 +25,8 @@ public:
     // the shared ones for these settings.
     static osg::Node* CreateBodyNode(const vpe::CBody& body, const QColor& color);
     static vpe::CStateSet* FaceStateSet(const QColor& color);
+    // The shade a body's edges are drawn in, alpha kept.
+    static QColor EdgeColor(const QColor& color);
     static vpe::CStateSet* EdgeStateSet(const QColor& color);
 
     // Gives every renderable below the node the state set.

@@ -93,10 +93,11 @@ TEST_F(TransCallback, capHasTheColourOfTheElementsFaces)
     const QImage cut = render(*side);
     keep(cut, "construction_cap");
     const QColor cap = cut.pixelColor(project(*side, {2500, 3000, 1500}));
-    // The element's hue; the cap is lit by its full colour, so it is at
-    // least as bright as a face of the element turned the same way.
+    // A face of the element turned the same way: the cap must not stand out
+    // from the element it closes (it used to be drawn near-white).
     EXPECT_NEAR(cap.hsvHue(), endFace.hsvHue(), 8);
-    EXPECT_GE(cap.value(), endFace.value());
+    EXPECT_NEAR(cap.value(), endFace.value(), 6);
+    EXPECT_NEAR(cap.hsvSaturation(), endFace.hsvSaturation(), 10);
 }
 
 TEST_F(TransCallback, demolitionBeforeItsStartShowsTheWholeElement)

@@ -76,7 +76,7 @@ CScene::CScene() : m_lit(new osg::Group), m_root(new CGroupNode)
     CLight* sun = AddLight(kShadowLightName);
     // Late morning sun from the south-east, high enough to read storeys.
     sun->SetDirection(osg::Vec3d(-0.45, 0.55, -0.70));
-    sun->SetColors(osg::Vec4(0.80f, 0.78f, 0.74f, 1.0f), osg::Vec4(0.15f, 0.15f, 0.15f, 1.0f));
+    sun->SetColors(osg::Vec4(0.80f, 0.78f, 0.74f, 1.0f), osg::Vec4(0.094f, 0.094f, 0.094f, 1.0f));
     osg::StateSet* state = m_lit->getOrCreateStateSet();
     state->setMode(GL_LIGHTING, osg::StateAttribute::ON);
     state->setMode(GL_LIGHT0, osg::StateAttribute::ON);

@@ -83,7 +83,9 @@ void CStateSet::SetTwoSidedLighting(bool enabled)
 {
     auto* model = new osg::LightModel;
     model->setTwoSided(enabled);
-    model->setAmbientIntensity(osg::Vec4(0.55f, 0.55f, 0.57f, 1.0f));
+    // Materials carry their full colour as ambient: the scene's ambient
+    // light is weighed so that shadowed faces keep their hue, not white.
+    model->setAmbientIntensity(osg::Vec4(0.344f, 0.344f, 0.356f, 1.0f));
     setAttributeAndModes(model, osg::StateAttribute::ON);
 }
 

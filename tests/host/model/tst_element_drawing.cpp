@@ -10,6 +10,9 @@
 #include "host/vpe/render/CViewer.h"
 
 #include <osg/ComputeBoundsVisitor>
+#include <osg/Geode>
+#include <osg/Geometry>
+#include <osg/Material>
 
 #include <gtest/gtest.h>
 
@@ -133,6 +136,40 @@ TEST_F(ElementDrawing, craneDrawsFourPartsThatMoveApart)
     osg::ComputeBoundsVisitor bounds;
     upper->accept(bounds);
     EXPECT_LT(bounds.getBoundingBox().zMax(), 65000.0f - 20000.0f + 9000.0f);
+}
+
+TEST(ElementColours, aSolidElementsEntityColourIsTheColourOfItsEdges)
+{
+    // Effects that draw beside an element (the caps of a cut) take its
+    // entity colour for their edges: they must match the element's own.
+    KVX3DElementObject solid;
+    solid.SetBodyColor(QColor(170, 170, 165));
+    solid.SetTransparency(40);
+    solid.AddBody(vpe::CBody::CreateBox({0, 0, 0}, {1000, 1000, 1000}));
+    vpe::CSceneNode* node = nullptr;
+    ASSERT_TRUE(solid.draw3d(nullptr, node));
+    osg::ref_ptr<osg::Node> owner = node;
+    auto* visual = node->asGeode();
+    ASSERT_NE(visual, nullptr);
+    int lines = 0;
+    for (unsigned int i = 0; i < visual->getNumDrawables(); ++i) {
+        const osg::Geometry* geometry = visual->getDrawable(i)->asGeometry();
+        if (!geometry || geometry->getPrimitiveSet(0)->getMode() != GL_LINES)
+            continue;
+        ++lines;
+        const auto* material = dynamic_cast<const osg::Material*>(
+            geometry->getStateSet()->getAttribute(osg::StateAttribute::MATERIAL));
+        ASSERT_NE(material, nullptr);
+        const osg::Vec4 drawn = material->getDiffuse(osg::Material::FRONT);
+        const QColor entity = solid.EntityColor();
+        EXPECT_NEAR(drawn.r(), entity.redF(), 1e-3);
+        EXPECT_NEAR(drawn.g(), entity.greenF(), 1e-3);
+        EXPECT_NEAR(drawn.a(), entity.alphaF(), 1e-3);
+    }
+    EXPECT_EQ(lines, 1);
+    KVX3DElementObject polyline;
+    polyline.SetColor(Qt::white);
+    EXPECT_EQ(polyline.EntityColor(), QColor(Qt::white)) << "without a body it is a polyline in its own colour";
 }
 
 TEST(Tessellation, flatFacesAndFeatureEdges)
