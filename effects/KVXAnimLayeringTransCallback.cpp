@@ -72,6 +72,20 @@ bool KVXAnimLayeringTransCallback::showWholeLayer()
     return changed;
 }
 
+bool KVXAnimLayeringTransCallback::hideNotBegun()
+{
+    KVXNodeVisibility::SetVisible(m_layerNode.get(), false);
+    bool changed = false;
+    for (int index : {kSweepPlane, kTopPlane, kBottomPlane})
+        changed = m_layerPlanes[index].Remove(m_layerNode.get(), index) || changed;
+    // Under the whole element, clear of its bottom face.
+    const KVXAnimPlane below{{0, 0, m_box.zMin() - kPastTheEnd}, {0, 0, -1}};
+    changed = m_belowPlane.Set(m_elementNode.get(), below, m_box, 0) || changed;
+    for (KVXCutCap* cap : {&m_sweepCap, &m_topCap, &m_bottomCap})
+        changed = cap->Clear() || changed;
+    return changed;
+}
+
 void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time)
 {
     if (!m_context || !m_context->GetViewer() || !m_node)
@@ -97,6 +111,13 @@ void KVXAnimLayeringTransCallback::operator()(vpe::CSceneNode* node, const vpe::
         return;
     }
     const int type = m_animation->getAnimationType();
+    if (type == KVXAnimation::Construction && !(when.elapsed > 0.0f)) {
+        if (hideNotBegun() || plainCap) {
+            showCaps({});
+            m_context->MarkSceneChanged();
+        }
+        return;
+    }
     const float direction = type == KVXAnimation::Construction ? -1.0f : 1.0f;
     float layerFraction = 0.0f;
     const int layer = layerAt(when, layers, layerFraction);

@@ -24,6 +24,9 @@ protected:
 private:
     // Takes every plane and cap of the layers away; true when any was there.
     bool showWholeLayer();
+    // A construction not begun: nothing of the element shows, and no plane
+    // grazes its bottom face. True when the scene changed.
+    bool hideNotBegun();
     // The plain cut of the base class, with the layers put away.
     void playWithoutLayers(vpe::CSceneNode* node, const vpe::CFrameTime& time);
     // The layer under way (from 0; -1 or the count when outside) and how far

@@ -15,7 +15,6 @@ namespace {
 
 // How far past the far face the plane goes on the last frame, so that the
 // element shows whole.
-constexpr double kPastTheEnd = 2.0;
 
 } // namespace
 

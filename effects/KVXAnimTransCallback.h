@@ -36,6 +36,11 @@ public:
 protected:
     ~KVXAnimTransCallback() override;
 
+    // How far past an element's face a plane goes to show the element
+    // whole or hide it whole: a plane on the face itself grazes it, and the
+    // face flickers.
+    static constexpr double kPastTheEnd = 2.0;
+
     // Where the frame's time falls in the record's days.
     struct Timing {
         float duration = 0.0f;

@@ -116,6 +116,26 @@ TEST_F(LayeringCallback, finishedConstructionShowsWholeWithoutPlanes)
     EXPECT_TRUE(frontShows(picture, 0.9, 0.9));
 }
 
+TEST_F(LayeringCallback, beforeItsStartAConstructionShowsNothingAtAll)
+{
+    start(KVXAnimation::Construction, KVXAnimation::LeftToRight, 1000.0);
+    const double layerDays = 4.0;
+    for (double before : {-1.5, -0.5, -0.01, 0.0}) {
+        SCOPED_TRACE(before);
+        evaluateAt(before * layerDays);
+        EXPECT_EQ(callback->GetLayerNode()->getNodeMask(), 0u) << "no layer is under way";
+        EXPECT_EQ(callback->GetCapNode()->getNumDrawables(), 0u);
+        // The element's own plane keeps only what lies under the whole slab,
+        // not on its bottom face (which flickered on the ground).
+        auto* own = dynamic_cast<vpe::CStateSet*>(slab->GetSceneNode(view)->asGeode()->getDrawable(0)->getStateSet());
+        ASSERT_NE(own, nullptr);
+        ASSERT_TRUE(own->HasClipPlane(0));
+        const osg::Vec4d plane = own->GetClipPlane(0);
+        EXPECT_LT(plane.z(), 0.0);
+        EXPECT_LT(plane * osg::Vec4d(6000, 3000, 0.0, 1.0), -1.0) << "the bottom face is cut away, not grazed";
+    }
+}
+
 TEST_F(LayeringCallback, theLayerNodeLeavesWithTheCallback)
 {
     start(KVXAnimation::Construction, KVXAnimation::LeftToRight, 1000.0);
