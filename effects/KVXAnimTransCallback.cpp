@@ -107,34 +107,25 @@ KVXAnimPlane KVXAnimTransCallback::sweepPlane(float fraction, bool nearEnd, floa
 {
     const double cx = m_centre[0], cy = m_centre[1], cz = m_centre[2];
     const double sx = m_size[0], sy = m_size[1];
-    const double f = fraction;
     const double startZ = m_animation->getAnimStartPoint().z();
     const double dz = std::fabs(m_animation->getAnimEndPoint().z() - startZ);
-    KVXAnimPlane plane;
+    // How far the plane has travelled from the face the sweep starts at. At
+    // the end it stands past the far face, and at the first instant (or
+    // before) clear of the near one: a plane on a face leaves that face to
+    // the renderer's rounding.
+    const bool atStart = !nearEnd && !(fraction > 0.0f);
+    const auto along = [&](double extent) {
+        return nearEnd ? extent + kPastTheEnd : atStart ? -kPastTheEnd : extent * fraction;
+    };
     switch (m_animation->getTranslationType()) {
-    case KVXAnimation::LeftToRight:
-        plane = {{nearEnd ? cx + sx / 2 + kPastTheEnd : cx - sx / 2 + sx * f, cy, cz}, {direction, 0, 0}};
-        break;
-    case KVXAnimation::RightToLeft:
-        plane = {{nearEnd ? cx - sx / 2 - kPastTheEnd : cx + sx / 2 - sx * f, cy, cz}, {-direction, 0, 0}};
-        break;
-    case KVXAnimation::FrontToBack:
-        plane = {{cx, nearEnd ? cy + sy / 2 + kPastTheEnd : cy - sy / 2 + sy * f, cz}, {0, direction, 0}};
-        break;
-    case KVXAnimation::BackToFront:
-        plane = {{cx, nearEnd ? cy - sy / 2 - kPastTheEnd : cy + sy / 2 - sy * f, cz}, {0, -direction, 0}};
-        break;
-    case KVXAnimation::BottomUp:
-        plane = {{cx, cy, nearEnd ? startZ + dz + kPastTheEnd : startZ + dz * f}, {0, 0, direction}};
-        break;
-    case KVXAnimation::TopDown:
-        plane = {{cx, cy, nearEnd ? startZ - dz - kPastTheEnd : startZ - dz * f}, {0, 0, -direction}};
-        break;
-    default:
-        plane = {{0, 0, 0}, {0, 0, 1}};
-        break;
+    case KVXAnimation::LeftToRight: return {{cx - sx / 2 + along(sx), cy, cz}, {direction, 0, 0}};
+    case KVXAnimation::RightToLeft: return {{cx + sx / 2 - along(sx), cy, cz}, {-direction, 0, 0}};
+    case KVXAnimation::FrontToBack: return {{cx, cy - sy / 2 + along(sy), cz}, {0, direction, 0}};
+    case KVXAnimation::BackToFront: return {{cx, cy + sy / 2 - along(sy), cz}, {0, -direction, 0}};
+    case KVXAnimation::BottomUp: return {{cx, cy, startZ + along(dz)}, {0, 0, direction}};
+    case KVXAnimation::TopDown: return {{cx, cy, startZ - along(dz)}, {0, 0, -direction}};
+    default: return {{0, 0, 0}, {0, 0, 1}};
     }
-    return plane;
 }
 
 void KVXAnimTransCallback::operator()(vpe::CSceneNode*, const vpe::CFrameTime& time)

@@ -114,6 +114,41 @@ TEST_F(TransCallback, demolitionBeforeItsStartShowsTheWholeElement)
     EXPECT_TRUE(frontShows(picture, 0.75, 0.5));
 }
 
+TEST_F(TransCallback, atItsFirstInstantNoPlaneLiesOnAFace)
+{
+    // A plane on the face it starts from leaves that face to the renderer's
+    // rounding: a storey whose demolition begins flashed dark for a frame.
+    const KVXAnimation::TranslationType directions[] = {
+        KVXAnimation::LeftToRight, KVXAnimation::RightToLeft, KVXAnimation::FrontToBack,
+        KVXAnimation::BackToFront, KVXAnimation::BottomUp,    KVXAnimation::TopDown};
+    for (KVXAnimation::AnimType type : {KVXAnimation::Construction, KVXAnimation::Demolition})
+        for (KVXAnimation::TranslationType direction : directions) {
+            SCOPED_TRACE(testing::Message() << "type " << type << ", direction " << direction);
+            KVXAnimTransCallback* callback = start(type, direction);
+            evaluateAt(0.0);
+            auto* own = dynamic_cast<vpe::CStateSet*>(
+                callback->GetElementNode()->asGeode()->getDrawable(0)->getStateSet());
+            ASSERT_NE(own, nullptr);
+            if (!own->HasClipPlane(type))
+                continue;
+            // Every corner clearly kept (a demolition not yet begun) or
+            // clearly cut away (a construction not yet begun).
+            const osg::Vec4d plane = own->GetClipPlane(type);
+            for (double x : {0.0, 10000.0})
+                for (double y : {0.0, 6000.0})
+                    for (double z : {0.0, 3000.0}) {
+                        const double side = plane * osg::Vec4d(x, y, z, 1.0);
+                        if (type == KVXAnimation::Demolition)
+                            EXPECT_GT(side, 1.0);
+                        else
+                            EXPECT_LT(side, -1.0);
+                    }
+            viewer->GetAnimationManager()->DestroyAnimator("1");
+            viewer->GetAnimationManager()->DestroyAnimation("1");
+            manager()->clearAnimations();
+        }
+}
+
 TEST_F(TransCallback, bottomUpRevealsFromTheBottom)
 {
     start(KVXAnimation::Construction, KVXAnimation::BottomUp);
