@@ -18,14 +18,17 @@
 
 namespace {
 
-// A turn about the vertical through the centre, as a node track's rotation
-// and position (rotation first, then the position).
+// A turn about the vertical through the centre, then a shift, as a node
+// track's rotation and position over the pivot (which brings the centre to
+// the origin). The track interpolates the position in a straight line: with
+// the centre at the origin under the turn, a turn keyed only at its ends
+// keeps the element on its centre.
 vpe::CNodeKeyFrame turnAbout(double time, const osg::Vec3d& centre, double degrees, const osg::Vec3d& shift)
 {
     vpe::CNodeKeyFrame key;
     key.time = time;
     key.rotation = osg::Quat(osg::DegreesToRadians(degrees), osg::Vec3d(0, 0, 1));
-    key.position = centre - key.rotation * centre + shift;
+    key.position = centre + shift;
     return key;
 }
 
@@ -128,10 +131,10 @@ bool KVXPlayAnimationBuilder::buildRotation(KVXAnimation* record, vpe::CSceneNod
         animation->SetFrameCallback(node, new KVXTowerRotateCallback(record, m_context.get()));
         return attach(record, animation);
     }
-    vpe::CGroupNode* route = routeNodeOf(record, node);
+    const vpe::CVec3<double> centre = record->getCenterPt();
+    vpe::CGroupNode* route = routeNodeOf(record, node, centre);
     if (!route)
         return false;
-    const vpe::CVec3<double> centre = record->getCenterPt();
     vpe::CNodeTrack* track = animation->CreateNodeTrack(route);
     const std::vector<double> times = roundTimes(record);
     for (std::size_t i = 0; i < times.size(); ++i) {
@@ -148,7 +151,8 @@ bool KVXPlayAnimationBuilder::buildPath(KVXAnimation* record, vpe::CSceneNode* n
         path.push_back(point);
     if (path.size() < 2)
         return false;
-    vpe::CGroupNode* route = routeNodeOf(record, node);
+    const osg::Vec3d centre = record->getCenterPt();
+    vpe::CGroupNode* route = routeNodeOf(record, node, centre);
     if (!route)
         return false;
     // Lengths along the path, so that the element keeps one speed.
@@ -161,7 +165,6 @@ bool KVXPlayAnimationBuilder::buildPath(KVXAnimation* record, vpe::CSceneNode* n
     vpe::CNodeTrack* track = animation->CreateNodeTrack(route);
     // The element starts where it stands and turns with the path, keeping
     // the record's extra turn.
-    const osg::Vec3d centre = record->getCenterPt();
     const double firstHeading = headingOf(path[0], path[1]);
     const std::vector<double> times = roundTimes(record);
     for (std::size_t round = 0; round + 1 < times.size(); ++round) {
@@ -188,21 +191,30 @@ bool KVXPlayAnimationBuilder::buildEmphasis(KVXAnimation* record, vpe::CSceneNod
     return attach(record, animation);
 }
 
-vpe::CGroupNode* KVXPlayAnimationBuilder::routeNodeOf(KVXAnimation* record, vpe::CSceneNode* node)
+vpe::CGroupNode* KVXPlayAnimationBuilder::routeNodeOf(KVXAnimation* record, vpe::CSceneNode* node,
+                                                     const osg::Vec3d& centre)
 {
-    auto* existing = dynamic_cast<vpe::CGroupNode*>(record->getRouteNode());
-    if (existing && existing->containsNode(node))
-        return existing;
-    if (node->getNumParents() == 0)
-        return nullptr;
-    osg::Group* parent = node->getParent(0);
-    const vpe::CRefPtr<vpe::CSceneNode> keep = node;
-    vpe::CRefPtr<vpe::CGroupNode> route = new vpe::CGroupNode;
-    route->setName("kvx_route_node");
-    parent->addChild(route.get());
-    parent->removeChild(node);
-    route->addChild(node);
-    record->setRouteParentNode(parent);
-    record->setRouteNode(route.get());
-    return route.get();
+    auto* route = dynamic_cast<vpe::CGroupNode*>(record->getRouteNode());
+    auto* pivot = route && route->getNumChildren() == 1 ? dynamic_cast<vpe::CGroupNode*>(route->getChild(0)) : nullptr;
+    if (!pivot || !pivot->containsNode(node)) {
+        if (node->getNumParents() == 0)
+            return nullptr;
+        osg::Group* parent = node->getParent(0);
+        const vpe::CRefPtr<vpe::CSceneNode> keep = node;
+        vpe::CRefPtr<vpe::CGroupNode> made = new vpe::CGroupNode;
+        made->setName("kvx_route_node");
+        pivot = new vpe::CGroupNode;
+        pivot->setName("kvx_route_pivot");
+        made->addChild(pivot);
+        parent->addChild(made.get());
+        parent->removeChild(node);
+        pivot->addChild(node);
+        record->setRouteParentNode(parent);
+        record->setRouteNode(made.get());
+        route = made.get();
+        // Until the track moves it, the element stands where it stood.
+        route->setMatrix(osg::Matrixd::translate(centre));
+    }
+    pivot->setMatrix(osg::Matrixd::translate(-centre));
+    return route;
 }

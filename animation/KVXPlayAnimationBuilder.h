@@ -46,8 +46,9 @@ private:
     bool buildPath(KVXAnimation* record, vpe::CSceneNode* node) const;
     bool buildEmphasis(KVXAnimation* record, vpe::CSceneNode* node) const;
     // The group the element's node is moved by: the record's route node,
-    // put between the node and its parent when it is not there yet.
-    static vpe::CGroupNode* routeNodeOf(KVXAnimation* record, vpe::CSceneNode* node);
+    // put between the node and its parent when it is not there yet, over a
+    // pivot that brings the centre to the origin.
+    static vpe::CGroupNode* routeNodeOf(KVXAnimation* record, vpe::CSceneNode* node, const osg::Vec3d& centre);
     // The times of the record's rounds: start to end, and with a loop on,
     // more rounds of the same length up to the loop end (every other one
     // backwards, so that nothing jumps).
