@@ -10,6 +10,7 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVXGlobalInfo.h"
 #include "host/model/KVXTowerCraneObject.h"
+#include "host/model/PfGsModelView.h"
 #include "host/model/PfHostClasses.h"
 #include "host/rx/PfRxModuleLoader.h"
 #include "keyframe/KVXCameraKeyFramesTrack.h"
@@ -20,6 +21,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QTextStream>
+
+#include <vector>
 
 namespace {
 
@@ -37,11 +40,13 @@ QTextStream& err()
     return stream;
 }
 
-PfDbHandle addElement(PfDbDatabase* database, const QString& name)
+PfDbHandle addElement(PfDbDatabase* database, const QString& name, const QColor& colour, const osg::Vec3d& min,
+                      const osg::Vec3d& max)
 {
     auto* element = new KVX3DElementObject();
     element->SetName(name.toStdWString());
-    element->SetBodyColor(QColor(190, 190, 180));
+    element->SetBodyColor(colour);
+    element->AddBody(vpe::CBody::CreateBox(min, max));
     database->GetModelSpace()->Add(element);
     return element->GetHandle();
 }
@@ -58,21 +63,31 @@ void buildSample(PfDbDocument* document)
 {
     PfDbDatabase* database = document->GetDatabase();
     const QDate start(2026, 3, 2);
+    // Three storeys of 24 x 14 x 3.5 m and a site shed; the crane beside
+    // them, its mast as tall as its highest lifting step.
+    std::vector<PfDbHandle> storeys;
+    for (int storey = 1; storey <= 3; ++storey)
+        storeys.push_back(addElement(database, QStringLiteral("1号楼 %1层").arg(storey), QColor(215, 205, 185),
+                                     {0.0, 0.0, (storey - 1) * 3500.0}, {24000.0, 14000.0, storey * 3500.0}));
+    const PfDbHandle shed = addElement(database, QStringLiteral("临时工棚"), QColor(60, 110, 190),
+                                       {-20000.0, -15000.0, 0.0}, {-12000.0, -9000.0, 3000.0});
+    auto* crane = new KVXTowerCraneObject();
+    crane->SetName(L"TC-1 塔吊");
+    crane->SetPosition({32000.0, -8000.0, 0.0});
+    crane->SetTowerHeight(48000);
+    database->GetModelSpace()->Add(crane);
+    // Records take their elements' levels from the view.
+    PfGsModelView::Attach(document);
+
     int number = 1;
     for (int storey = 1; storey <= 3; ++storey) {
-        const PfDbHandle element = addElement(database, QStringLiteral("1号楼 %1层").arg(storey));
+        const PfDbHandle element = storeys[storey - 1];
         addRecord(database, new KVXAnimation(number++, element, KVXAnimation::Construction, KVXAnimation::BottomUp),
                   start.addDays(14 * (storey - 1)), 14);
     }
-    const PfDbHandle shed = addElement(database, QStringLiteral("临时工棚"));
     addRecord(database, new KVXAnimation(number++, shed, KVXAnimation::Demolition, KVXAnimation::LeftToRight),
               start.addDays(60), 5);
 
-    auto* crane = new KVXTowerCraneObject();
-    crane->SetName(L"TC-1 塔吊");
-    crane->SetPosition({25000.0, -8000.0, 0.0});
-    crane->SetTowerHeight(30000);
-    database->GetModelSpace()->Add(crane);
     auto* craneRecord =
         new KVXTowerAnimation(number++, crane->GetHandle(), KVXAnimation::Rotation, KVXAnimation::LeftToRight);
     craneRecord->SetLiftingData({{start.addDays(10), 36000}, {start.addDays(24), 42000}, {start.addDays(38), 48000}});
@@ -84,8 +99,7 @@ void buildSample(PfDbDocument* document)
     auto* dates = KVXDateKeyFramesTrack::GetOrCteateKeyFrameContainer(database);
     for (int i = 0; i < 3; ++i) {
         vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera();
-        camera->SetPosition({-40000.0f + 20000.0f * i, -60000.0f, 25000.0f});
-        camera->SetDirection({0.3f, 0.9f, -0.3f});
+        camera->SetLookAt({-40000.0 + 30000.0 * i, -60000.0, 30000.0}, {12000.0, 7000.0, 8000.0});
         cameras->CreateCameraKeyFrame(4000 * i)->SetCamera(camera);
         dates->CreateDateKeyFrame(4000 * i)->SetDate(start.addDays(35 * i));
     }
@@ -139,6 +153,13 @@ int main(int argc, char** argv)
         return 2;
     }
 
+    // Nothing is made when the project cannot be saved where asked.
+    const QFileInfo folder(QFileInfo(path).absolutePath());
+    if (!folder.isDir() || !folder.isWritable()) {
+        err() << "kvxsample: cannot write " << path << ": its folder " << folder.filePath()
+              << (folder.isDir() ? " is not writable\n" : " does not exist\n");
+        return 1;
+    }
     PfHostRegisterClasses();
     PfRxModuleLoader module;
     QString error;
@@ -148,6 +169,7 @@ int main(int argc, char** argv)
         err() << "kvxsample: " << error << '\n';
         return 1;
     }
+    // The key frames' thumbnails, drawn from the view, beside the project.
     KVXGlobalInfo::getInstance()->setTempProjectPath(
         (QFileInfo(path).absolutePath() + QStringLiteral("/thumbnails")).toStdWString());
 
