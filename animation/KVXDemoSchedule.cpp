@@ -107,7 +107,13 @@ bool addCrane(const Elements& elements)
         return false;
     crane->setStartAngle(0.0);
     crane->setEndAngle(150.0);
-    crane->SetLiftingData({{kFirstDay.addDays(2), 30000}, {kFirstDay.addDays(20), 45000},
+    // Erected 32 m high, then climbing a 6 m section at a time to its full
+    // 62 m, as real cranes are jacked.
+    crane->SetLiftingData({{kFirstDay.addDays(2), 32000},
+                           {kFirstDay.addDays(12), 38000},
+                           {kFirstDay.addDays(18), 44000},
+                           {kFirstDay.addDays(24), 50000},
+                           {kFirstDay.addDays(30), 56000},
                            {kFirstDay.addDays(36), 62000}});
     crane->SetIsDismantle(true);
     crane->SetDismantleDate(kFirstDay.addDays(57));

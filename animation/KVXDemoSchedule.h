@@ -12,8 +12,8 @@ class PfDbDocument;
 // storey from the top, 1号楼 and 2号楼 built floor by floor, the basement slab
 // laid in layers, the truck driving the site road, the gate swinging, the
 // hazard zone flashing while the demolition runs, and the tower crane
-// erected, climbing twice, slewing and dismantled at the end. It starts on
-// 3 March 2025 and runs 58 days.
+// erected, climbing 6 m at a time, slewing and dismantled at the end. It
+// starts on 3 March 2025 and runs 58 days.
 class KVXDemoSchedule {
 public:
     static const wchar_t* const kCommandName;

@@ -1,6 +1,7 @@
 #include "KVXScheduleVideo.h"
 
 #include "KVXAnimatorManager.h"
+#include "KVXScheduleEvents.h"
 #include "keyframe/KVXDateAnimationClockTimer.h"
 #include "keyframe/KVXScheduleDateClock.h"
 
@@ -129,7 +130,10 @@ Pfad::Error KVXScheduleVideo::RunShowDateCommand(const QStringList& arguments, Q
     if (caption && dates) {
         vpe::CCaption* shown = viewer->GetCaption();
         shown->SetTitle(title);
+        // A still shows the events of the day and the two before it.
+        dates->SetCaptionNote([](const QDate& day) { return KVXScheduleEvents::NoteAt(day, 3); });
         dates->ShowDateOn(shown, date);
+        dates->SetCaptionNote(nullptr);
         shown->SetVisible(true);
     }
     return Pfad::eOk;
@@ -158,6 +162,7 @@ public:
     {
         if (m_dates) {
             m_dates->SetCaption(nullptr);
+            m_dates->SetCaptionNote(nullptr);
             m_viewer->GetCaption()->SetVisible(false);
         }
         if (m_playing) {
@@ -179,6 +184,8 @@ public:
             return;
         vpe::CCaption* caption = m_viewer->GetCaption();
         caption->SetTitle(title);
+        const int days = KVXScheduleEvents::DaysShown(m_schedule->getDayToSeconds());
+        m_dates->SetCaptionNote([days](const QDate& date) { return KVXScheduleEvents::NoteAt(date, days); });
         m_dates->ShowDateOn(caption, m_schedule->getAllAnimationsStartDate());
         caption->SetVisible(true);
         m_dates->SetCaption(caption);

@@ -45,7 +45,8 @@ QString KVXDateAnimationClockTimer::CaptionText(const QDate& date)
 
 void KVXDateAnimationClockTimer::ShowDateOn(vpe::CCaption* caption, const QDate& date) const
 {
-    caption->SetText(CaptionText(date));
+    const QString note = m_note ? m_note(date) : QString();
+    caption->SetText(note.isEmpty() ? CaptionText(date) : CaptionText(date) + QStringLiteral(" · ") + note);
     const int total = totalDays();
     caption->SetProgress(total > 0 ? qBound(0.0, double(m_startDate.daysTo(date)) / total, 1.0) : 1.0);
 }

@@ -11,6 +11,8 @@
 
 #include <osg/observer_ptr>
 
+#include <functional>
+
 class KVXKeyFramePlayback;
 class KVXSchedulePlayback;
 
@@ -38,6 +40,10 @@ public:
     static QString CaptionText(const QDate& date);
     // Shows the date, and its place in the clock's range, on the caption.
     void ShowDateOn(vpe::CCaption* caption, const QDate& date) const;
+    // Words the caption shows after the date (what happens on the site that
+    // day); empty words or none: the date alone.
+    using CaptionNote = std::function<QString(const QDate&)>;
+    void SetCaptionNote(CaptionNote note) { m_note = std::move(note); }
     // Both live as long as the process (the managers are never destroyed).
     void SetSchedulePlayback(KVXSchedulePlayback* schedule) { m_schedule = schedule; }
     void SetKeyFramePlayback(KVXKeyFramePlayback* keyFrames) { m_keyFrames = keyFrames; }
@@ -62,6 +68,7 @@ private:
     QDate m_endDate;
     KVXIndicatorLink<KVXDateIndicator> m_dateTimeLine;
     osg::observer_ptr<vpe::CCaption> m_caption;
+    CaptionNote m_note;
     KVXSchedulePlayback* m_schedule = nullptr;
     KVXKeyFramePlayback* m_keyFrames = nullptr;
 };

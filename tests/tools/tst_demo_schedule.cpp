@@ -14,6 +14,8 @@
 #include "keyframe/KVXDateAnimationClockTimer.h"
 #include "keyframe/KVXScheduleDateClock.h"
 #include "animation/KVXDemoSchedule.h"
+#include "animation/KVXScheduleEvents.h"
+#include "animation/KVXTowerAnimation.h"
 
 #include "tests/support/FixedStepTimeSource.h"
 #include "tests/support/ImageDifference.h"
@@ -236,6 +238,34 @@ TEST_F(DemoSchedule, theCaptionShowsTheDateClocksDateAndChangesOnlyWithIt)
     viewer->GetScene()->GetTopNode()->setNodeMask(~0u);
     dates->SetCaption(nullptr);
     caption->SetVisible(false);
+}
+
+TEST_F(DemoSchedule, theCaptionNamesTheCranesErectionClimbsAndDismantling)
+{
+    const struct {
+        int day;
+        const char* note;
+    } days[] = {
+        {1, ""},
+        {2, "TC-1 塔吊 安装，高 32 m"},
+        {4, "TC-1 塔吊 安装，高 32 m"},
+        {5, ""},
+        {12, "TC-1 塔吊 顶升至 38 m"},
+        {36, "TC-1 塔吊 顶升至 62 m"},
+        {57, "TC-1 塔吊 拆除"},
+    };
+    for (const auto& d : days)
+        EXPECT_EQ(KVXScheduleEvents::NoteAt(kFirstDay.addDays(d.day), 3), QString::fromUtf8(d.note)) << d.day;
+    // Climbs 6 m apart: the crane never jumps further between two frames.
+    QList<KVXTowerLiftingData> steps;
+    for (KVXAnimation* record : manager->getAnimationVector())
+        if (auto* crane = KVXTowerAnimation::Cast(record))
+            steps = crane->GetLiftingData();
+    ASSERT_GE(steps.size(), 2);
+    for (int i = 1; i < steps.size(); ++i)
+        EXPECT_LE(steps[i].height - steps[i - 1].height, 6000) << i;
+    EXPECT_EQ(KVXScheduleEvents::DaysShown(0.25), 8) << "two seconds of film";
+    EXPECT_EQ(KVXScheduleEvents::DaysShown(5.0), 3);
 }
 
 TEST_F(DemoSchedule, filmsAndDatedPicturesCarryTheCaptionUnlessTurnedOff)
