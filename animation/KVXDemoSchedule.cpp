@@ -89,6 +89,8 @@ bool addSiteWorks(const Elements& elements)
     layers->setLayerHeight(100.0);
     KVXAnimation* drive = loop(schedule(truck, KVXAnimation::Path, KVXAnimation::LeftToRight, 10, 8), 50);
     drive->SetPoints({{-14500, -39600, 0}, {20000, -39600, 0}, {35000, -34000, 0}, {66000, -34000, 0}});
+    // The gate's leaf pivots open about its middle between its posts and
+    // shut again, every other day while the site works.
     KVXAnimation* swing = loop(schedule(gate, KVXAnimation::Rotation, KVXAnimation::LeftToRight, 8, 2), 56);
     swing->setEndAngle(90.0);
     schedule(hazard, KVXAnimation::Emphasis, KVXAnimation::LeftToRight, 0, 30);

@@ -85,11 +85,14 @@ void addTruck(PfDbDatabase* database)
 
 void addGate(PfDbDatabase* database)
 {
-    KVXMeshBuilder b;
-    addBox(b, 70000, -36400, 0, 70400, -36000, 2400);
-    addBox(b, 76000, -36400, 0, 76400, -36000, 2400);
-    addBox(b, 70400, -36300, 200, 76000, -36100, 2100);
-    addElement(database, QStringLiteral("大门"), QColor(40, 140, 80), b.Take());
+    // Two posts, and a leaf that pivots open about its middle.
+    KVXMeshBuilder posts;
+    addBox(posts, 70000, -36400, 0, 70400, -36000, 2400);
+    addBox(posts, 76000, -36400, 0, 76400, -36000, 2400);
+    addElement(database, QStringLiteral("大门门柱"), QColor(90, 95, 100), posts.Take());
+    KVXMeshBuilder leaf;
+    addBox(leaf, 70400, -36300, 200, 76000, -36100, 2100);
+    addElement(database, QStringLiteral("大门"), QColor(40, 140, 80), leaf.Take());
 }
 
 void addHazardZone(PfDbDatabase* database)

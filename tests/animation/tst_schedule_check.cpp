@@ -113,7 +113,7 @@ TEST_F(ScheduleCheck, listShowsElementsExtentsRecordsAndKeyFrames)
 {
     const Outcome listed = runCommandLine({"list", site});
     ASSERT_EQ(listed.code, 0) << listed.err;
-    for (const char* line : {"29 elements\n", "KVXTowerCraneObject   TC-1 塔吊\n", "extents: 170.0 x 110.0 x ",
+    for (const char* line : {"30 elements\n", "KVXTowerCraneObject   TC-1 塔吊\n", "extents: 170.0 x 110.0 x ",
                              "26 records\n", "    26  tower crane   TC-1 塔吊", "2025-03-05 .. 2025-04-28  54 days\n",
                              "0 camera and 0 date key frames"})
         EXPECT_TRUE(listed.out.contains(QString::fromUtf8(line))) << line << '\n' << listed.out;
