@@ -191,9 +191,24 @@ bool PfDbXmlScanner::readName(std::string_view& name)
 }
 
 // Reads the attributes of a tag up to its end, "?>" for the declaration.
+bool PfDbXmlScanner::isRepeated(std::string_view name)
+{
+    // A tag has a handful of attributes; a hostile one may have a hundred
+    // thousand, which a list search would take minutes over.
+    constexpr std::size_t kListed = 16;
+    if (m_attributes.size() < kListed)
+        return std::any_of(m_attributes.begin(), m_attributes.end(),
+                           [name](const auto& attribute) { return attribute.first == name; });
+    if (m_attributeNames.empty())
+        for (const auto& attribute : m_attributes)
+            m_attributeNames.insert(attribute.first);
+    return !m_attributeNames.insert(name).second;
+}
+
 bool PfDbXmlScanner::readAttributes()
 {
     m_attributes.clear();
+    m_attributeNames.clear();
     m_selfClosing = false;
     for (;;) {
         const char* before = m_pos;
@@ -228,10 +243,8 @@ bool PfDbXmlScanner::readAttributes()
         const std::string_view value(m_pos, static_cast<std::size_t>(close - m_pos));
         if (value.find('<') != std::string_view::npos)
             return fail("'<' in an attribute value");
-        for (const auto& attribute : m_attributes) {
-            if (attribute.first == name)
-                return fail("an attribute appears twice");
-        }
+        if (isRepeated(name))
+            return fail("an attribute appears twice");
         m_attributes.emplace_back(name, value);
         m_pos = close + 1;
     }
@@ -365,7 +378,9 @@ bool PfDbXmlScanner::appendReference(std::string& out, const char*& p, const cha
                 return fail("malformed character reference");
             code = code * (hex ? 16 : 10) + static_cast<unsigned long>(value);
         }
-        const bool allowed = code == 0x9 || code == 0xa || code == 0xd || (code >= 0x20 && code <= 0xd7ff) ||
+        // Control characters only as references (the writer escapes them,
+        // as XML 1.1 allows): a name may hold one pasted from elsewhere.
+        const bool allowed = (code >= 0x1 && code <= 0xd7ff) ||
                              (code >= 0xe000 && code <= 0xfffd) || (code >= 0x10000 && code <= 0x10ffff);
         if (!allowed)
             return fail("a character reference names a character XML does not allow");
@@ -442,8 +457,14 @@ bool PfDbXmlScanner::readElementText(std::string_view& text)
 
 void PfDbXmlScanner::skipCurrentElement()
 {
-    while (readNextStartElement())
-        skipCurrentElement();
+    // Counted, not recursive: the file decides how deep elements nest.
+    std::size_t inside = 0;
+    for (;;) {
+        if (readNextStartElement())
+            ++inside;
+        else if (hasError() || inside-- == 0)
+            return;
+    }
 }
 
 bool PfDbXmlScanner::readToEnd()

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -61,6 +62,8 @@ private:
     bool readStartTag();
     bool readEndTag();
     bool readAttributes();
+    // Whether the tag being read has an attribute of that name already.
+    bool isRepeated(std::string_view name);
     bool decode(std::string_view raw, std::string& out);
     bool appendReference(std::string& out, const char*& p, const char* end);
 
@@ -70,6 +73,8 @@ private:
     const char* m_errorPos = nullptr;
     std::vector<std::string_view> m_open;
     std::vector<std::pair<std::string_view, std::string_view>> m_attributes;
+    // The attributes' names, once a tag has many.
+    std::unordered_set<std::string_view> m_attributeNames;
     std::string_view m_name;
     std::string m_text;
     std::string m_attributeValue;

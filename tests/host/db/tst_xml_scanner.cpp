@@ -69,6 +69,37 @@ TEST(XmlScanner, skipsWholeSubtrees)
     EXPECT_TRUE(scan.xml.readToEnd());
 }
 
+TEST(XmlScanner, hostileShapesAreReadInLinearTimeAndBoundedStack)
+{
+    // Six million nested elements to skip: skipping recursed once per level
+    // and overflowed the stack.
+    constexpr int kDepth = 6000000;
+    std::string nested = "<root><skipped>";
+    for (int i = 0; i < kDepth; ++i)
+        nested += "<a>";
+    for (int i = 0; i < kDepth; ++i)
+        nested += "</a>";
+    nested += "</skipped><kept/></root>";
+    Scan deep(nested);
+    ASSERT_TRUE(deep.xml.readNextStartElement());
+    ASSERT_TRUE(deep.xml.readNextStartElement());
+    deep.xml.skipCurrentElement();
+    ASSERT_TRUE(deep.xml.readNextStartElement()) << deep.xml.errorString().toStdString();
+    EXPECT_EQ(deep.xml.name(), "kept");
+
+    // 160,000 attributes on one element: the duplicate check was quadratic
+    // (minutes); a repeated one far down the list is still found.
+    std::string many = "<root";
+    for (int i = 0; i < 160000; ++i)
+        many += " a" + std::to_string(i) + "=\"v\"";
+    Scan wide(many + " a12345=\"again\"/>");
+    EXPECT_FALSE(wide.xml.readNextStartElement());
+    EXPECT_EQ(wide.xml.errorString(), QStringLiteral("an attribute appears twice"));
+    Scan distinct(many + "/>");
+    EXPECT_TRUE(distinct.xml.readNextStartElement()) << distinct.xml.errorString().toStdString();
+    EXPECT_EQ(distinct.xml.attribute("a159999"), "v");
+}
+
 TEST(XmlScanner, countsLinesForMessages)
 {
     Scan scan("<r>\n<i>1</i>\n<i>2</j>\n</r>");
