@@ -236,8 +236,11 @@ void KVXAnimation::getElementPropertys(KVXSaveLoadXml& xml)
     m_startDate = KVXDateFormat::fromText(xml.getString(kStartDateKey));
     m_endDate = KVXDateFormat::fromText(xml.getString(kEndDateKey));
     m_durationDays = xml.getInt(kDurationDaysKey);
-    m_animationType = static_cast<AnimType>(xml.getInt(kTypeKey));
-    m_translationType = static_cast<TranslationType>(xml.getInt(kTranslationTypeKey));
+    // Kinds the module does not have are read as the first one, with a
+    // note: a cast of any number would leave playback undefined.
+    m_animationType = static_cast<AnimType>(xml.getIntIn(kTypeKey, Construction, Emphasis, Construction));
+    m_translationType =
+        static_cast<TranslationType>(xml.getIntIn(kTranslationTypeKey, LeftToRight, TopDown, LeftToRight));
     m_loopPlayback = xml.getBool(kLoopPlaybackKey);
     m_loopEndDate = KVXDateFormat::fromText(xml.getString(kLoopEndDateKey));
     m_animStartPoint = xml.getVector(kStartPointKey);

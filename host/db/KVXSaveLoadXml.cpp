@@ -1,5 +1,7 @@
 #include "KVXSaveLoadXml.h"
 
+#include <cmath>
+
 #include <QStringList>
 
 namespace {
@@ -158,6 +160,36 @@ void KVXSaveLoadXml::clear()
 {
     m_properties.clear();
     m_cursor = 0;
+    m_problems.clear();
+}
+
+int KVXSaveLoadXml::getIntIn(const QString& key, int lowest, int highest, int fallback)
+{
+    const qint64 value = getInt64(key, fallback);
+    if (value >= lowest && value <= highest)
+        return static_cast<int>(value);
+    addProblem(QStringLiteral("%1 %2 is not between %3 and %4: read as %5")
+                   .arg(key)
+                   .arg(value)
+                   .arg(lowest)
+                   .arg(highest)
+                   .arg(fallback));
+    return fallback;
+}
+
+double KVXSaveLoadXml::getDoubleIn(const QString& key, double lowest, double highest, double fallback)
+{
+    const double value = getDouble(key, fallback);
+    if (value >= lowest && value <= highest)
+        return value;
+    const double read = std::isnan(value) ? fallback : value < lowest ? lowest : highest;
+    addProblem(QStringLiteral("%1 %2 is not between %3 and %4: read as %5")
+                   .arg(key)
+                   .arg(value)
+                   .arg(lowest)
+                   .arg(highest)
+                   .arg(read));
+    return read;
 }
 
 void KVXSaveLoadXml::rewind()

@@ -54,6 +54,17 @@ public:
     std::wstring getWString(const QString& key, const std::wstring& defaultValue = std::wstring());
     std::vector<PfDbHandle> getHandles(const QString& key);
     std::vector<double> getNumbers(const QString& key);
+    // An integer that must lie in [lowest, highest] (an enumeration, a
+    // length): outside it, the fallback, and a problem is noted.
+    int getIntIn(const QString& key, int lowest, int highest, int fallback);
+    // A number that must be finite and lie in [lowest, highest]: outside
+    // it, the nearest bound (the fallback for NaN), and a problem is noted.
+    double getDoubleIn(const QString& key, double lowest, double highest, double fallback);
+
+    // What a loading object found wrong with its values, for the reader's
+    // report: one line each, naming the key and the value.
+    void addProblem(const QString& problem) { m_problems << problem; }
+    const QStringList& problems() const { return m_problems; }
 
     bool contains(const QString& key) const;
     void clear();
@@ -70,6 +81,7 @@ private:
 
     std::vector<Property> m_properties;
     std::size_t m_cursor = 0;
+    QStringList m_problems;
 };
 
 // The archive a database object saves into and loads from.

@@ -211,6 +211,8 @@ bool PfDbDocumentReader::readObject()
     if (m_report) {
         for (const QString& key : m_properties.unconsumedKeys())
             m_report->AddUnknownKey(className, key);
+        for (const QString& problem : m_properties.problems())
+            m_report->AddNote(QStringLiteral("%1 #%2: %3").arg(className).arg(static_cast<qulonglong>(handle)).arg(problem));
     }
     return true;
 }

@@ -144,8 +144,18 @@ void PfDbDocumentWriter::appendEscaped(const QString& text)
         case '<': m_buffer += "&lt;"; break;
         case '>': m_buffer += "&gt;"; break;
         case '"': m_buffer += "&quot;"; break;
-        case '\r': m_buffer += "&#13;"; break;
-        default: m_buffer += b;
+        case '\t':
+        case '\n': m_buffer += b; break;
+        default:
+            // Control characters (a carriage return, or one pasted into a
+            // name) as references: raw, they would make the file unreadable.
+            if (static_cast<unsigned char>(b) < 0x20) {
+                m_buffer += "&#";
+                appendInteger(static_cast<unsigned char>(b));
+                m_buffer += ';';
+            } else {
+                m_buffer += b;
+            }
         }
     };
     // Keys and most values are ASCII: write them without converting.

@@ -3,6 +3,8 @@
 #include "KVXSaveLoadXml.h"
 #include "host/rx/PfRxClass.h"
 
+#include <cstdint>
+
 PFRX_DEFINE_HOST_MEMBERS(PfDbElement, PfDbEntity, &PfRxCreateInstance<PfDbElement>)
 
 namespace {
@@ -21,4 +23,14 @@ Pfad::Error PfDbElement::Load(KVXSaveLoadXml& archive)
     PfDbEntity::Load(archive);
     m_name = archive.getWString(kNameKey);
     return Pfad::eOk;
+}
+
+void PfDbElement::SetName(const std::wstring& name)
+{
+    m_name = name;
+    for (wchar_t& c : m_name) {
+        const auto code = static_cast<std::uint32_t>(c);
+        if (code == 0 || (code >= 0xd800 && code <= 0xdfff) || code > 0x10ffff)
+            c = static_cast<wchar_t>(0xfffd);
+    }
 }

@@ -13,7 +13,9 @@ class PfDbElement : public PfDbEntity {
     PFRX_DECLARE_MEMBERS(PfDbElement)
 public:
     const std::wstring& GetName() const { return m_name; }
-    void SetName(const std::wstring& name) { m_name = name; }
+    // A character no file can hold (a lone surrogate, NUL) becomes U+FFFD
+    // here, so that the name saved is the name shown.
+    void SetName(const std::wstring& name);
 
     // The element's first solid body; null for elements without bodies (or
     // whose bodies are not made yet).

@@ -7,6 +7,7 @@
 #include "host/vpe/scene/CGroupNode.h"
 
 #include <algorithm>
+#include <cmath>
 
 PFRX_DEFINE_HOST_MEMBERS(KVXTowerCraneObject, KVX3DElementObject, &PfRxCreateInstance<KVXTowerCraneObject>)
 
@@ -139,7 +140,31 @@ void KVXTowerCraneObject::setElementPropertys(KVXSaveLoadXml& xml)
 void KVXTowerCraneObject::getElementPropertys(KVXSaveLoadXml& xml)
 {
     KVX3DElementObject::getElementPropertys(xml);
-    m_position = xml.getVector(kPositionKey);
-    m_towerHeight = xml.getInt(kTowerHeightKey);
-    m_jibLength = xml.getDouble(kJibLengthKey);
+    const vpe::CVec3<double> position = xml.getVector(kPositionKey);
+    SetPosition(position);
+    if (!(m_position == position))
+        xml.addProblem(QStringLiteral("%1 (%2, %3, %4) is farther than %5 mm from the origin: read as (%6, %7, %8)")
+                           .arg(kPositionKey)
+                           .arg(position.x())
+                           .arg(position.y())
+                           .arg(position.z())
+                           .arg(kFarthest)
+                           .arg(m_position.x())
+                           .arg(m_position.y())
+                           .arg(m_position.z()));
+    m_towerHeight = xml.getIntIn(kTowerHeightKey, kLowestTower, kHighestTower, 40000);
+    m_jibLength = xml.getDoubleIn(kJibLengthKey, kShortestJib, kLongestJib, 50000.0);
+}
+
+void KVXTowerCraneObject::SetPosition(const vpe::CVec3<double>& position)
+{
+    const auto kept = [](double value) { return std::isnan(value) ? 0.0 : std::clamp(value, -kFarthest, kFarthest); };
+    m_position.set(kept(position.x()), kept(position.y()), kept(position.z()));
+}
+
+void KVXTowerCraneObject::SetTowerHeight(int height) { m_towerHeight = std::clamp(height, kLowestTower, kHighestTower); }
+
+void KVXTowerCraneObject::SetJibLength(double length)
+{
+    m_jibLength = std::isnan(length) ? kShortestJib : std::clamp(length, kShortestJib, kLongestJib);
 }

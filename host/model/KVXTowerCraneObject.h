@@ -20,12 +20,24 @@ public:
 
     KVXTowerCraneObject();
 
+    // What a real crane can be, in millimetres: its drawing is a lattice
+    // whose size follows these, so a wild value would take all memory.
+    static constexpr int kLowestTower = 3000;
+    static constexpr int kHighestTower = 400000;
+    static constexpr double kShortestJib = 5000.0;
+    static constexpr double kLongestJib = 120000.0;
+    // Farther from the origin than any site: a thousand kilometres.
+    static constexpr double kFarthest = 1.0e9;
+
     const vpe::CVec3<double>& GetPosition() const { return m_position; }
-    void SetPosition(const vpe::CVec3<double>& position) { m_position = position; }
+    // Each coordinate kept within kFarthest (0 for one that is not a number).
+    void SetPosition(const vpe::CVec3<double>& position);
     int GetTowerHeight() const { return m_towerHeight; }
-    void SetTowerHeight(int height) { m_towerHeight = height; }
+    // Kept between kLowestTower and kHighestTower.
+    void SetTowerHeight(int height);
     double GetJibLength() const { return m_jibLength; }
-    void SetJibLength(double length) { m_jibLength = length; }
+    // Kept between kShortestJib and kLongestJib (the shortest for NaN).
+    void SetJibLength(double length);
     unsigned char GetBeingAnimated() const { return m_beingAnimated; }
     void SetBeingAnimated(unsigned char value) { m_beingAnimated = value; }
 

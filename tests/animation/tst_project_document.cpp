@@ -188,3 +188,22 @@ TEST_F(ProjectDocument, reopenedRecordsAndTracksAreFoundAgain)
 }
 
 } // namespace
+
+namespace {
+
+TEST(RecordValues, kindsTheModuleDoesNotHaveAreReadAsTheFirstWithANote)
+{
+    // An animation kind of 8 or a direction of 9 used to be cast as they
+    // were, which left playback undefined.
+    KVXSaveLoadXml xml;
+    xml.setInt(QStringLiteral("AnimationType"), 8);
+    xml.setInt(QStringLiteral("TranslationType"), 9);
+    KVXAnimation record;
+    record.getElementPropertys(xml);
+    EXPECT_EQ(record.getAnimationType(), KVXAnimation::Construction);
+    EXPECT_EQ(record.getTranslationType(), KVXAnimation::LeftToRight);
+    EXPECT_EQ(xml.problems(), QStringList({"AnimationType 8 is not between 0 and 4: read as 0",
+                                           "TranslationType 9 is not between 0 and 5: read as 0"}));
+}
+
+} // namespace

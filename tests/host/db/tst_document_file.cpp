@@ -14,6 +14,8 @@
 #include "tests/support/QtPrinters.h"
 
 #include <QBuffer>
+
+#include <osg/Node>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -205,6 +207,67 @@ TEST(DocumentFile, unknownClassesAndKeysAreSkippedAndReported)
                                                              QStringLiteral("TowerCrane_Brand"))),
               1);
     EXPECT_EQ(report.Messages().size(), 3);
+}
+
+TEST(DocumentFile, wildCraneValuesAreBoundedAndNamed)
+{
+    // A crane 2147 km tall or with a 10,000 km jib took all memory to draw.
+    const struct {
+        const char* property;
+        const char* note;
+    } cases[] = {
+        {"<i k=\"TowerCrane_TowerHeight\">2147483647</i>",
+         "KVXTowerCraneObject #2: TowerCrane_TowerHeight 2147483647 is not between 3000 and 400000: read as 40000"},
+        {"<d k=\"TowerCrane_JibLength\">1e10</d>",
+         "KVXTowerCraneObject #2: TowerCrane_JibLength 1e+10 is not between 5000 and 120000: read as 120000"},
+        {"<d k=\"TowerCrane_JibLength\">nan</d>", "TowerCrane_JibLength nan is not between"},
+        {"<v k=\"TowerCrane_Position\">1e308 0 0</v>", "is farther than 1e+09 mm from the origin: read as (1e+09, 0, 0)"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.property);
+        PfDbLoadReport report;
+        QString error;
+        auto database = readText(withCrane(c.property), &report, &error);
+        ASSERT_NE(database, nullptr) << error.toStdString();
+        EXPECT_TRUE(report.Messages().join('\n').contains(QString::fromUtf8(c.note)))
+            << report.Messages().join('\n').toStdString();
+        auto* crane = KVXTowerCraneObject::Cast(database->OpenObject(2));
+        ASSERT_NE(crane, nullptr);
+        EXPECT_LE(crane->GetTowerHeight(), KVXTowerCraneObject::kHighestTower);
+        EXPECT_LE(crane->GetJibLength(), KVXTowerCraneObject::kLongestJib);
+        vpe::CSceneNode* node = nullptr;
+        ASSERT_TRUE(crane->draw3d(nullptr, node));
+        osg::ref_ptr<osg::Node> drawn = node;
+    }
+    KVXTowerCraneObject crane;
+    crane.SetTowerHeight(-5);
+    crane.SetJibLength(1e300);
+    EXPECT_EQ(crane.GetTowerHeight(), KVXTowerCraneObject::kLowestTower);
+    EXPECT_EQ(crane.GetJibLength(), KVXTowerCraneObject::kLongestJib);
+}
+
+TEST(DocumentFile, namesWithControlCharactersComeBackAsTheyWere)
+{
+    // A control character pasted into a name was written raw, and the whole
+    // file was then refused; a lone surrogate was changed on save.
+    const std::wstring names[] = {L"a\x01" L"b", L"bell\x07", L"\x1f" L"first", L"tab\tand\nline\rend",
+                                  std::wstring(L"x") + wchar_t(0xd800) + L"y"};
+    PfDbDatabase database;
+    std::vector<PfDbHandle> handles;
+    for (const std::wstring& name : names) {
+        auto* element = new KVX3DElementObject();
+        element->SetName(name);
+        database.GetModelSpace()->Add(element);
+        handles.push_back(element->GetHandle());
+    }
+    EXPECT_EQ(KVX3DElementObject::Cast(database.OpenObject(handles.back()))->GetName(), L"x\xfffdy")
+        << "what cannot be saved is replaced when set, not when saved";
+    QString error;
+    auto reopened = readText(writeText(database), nullptr, &error);
+    ASSERT_NE(reopened, nullptr) << error.toStdString();
+    for (PfDbHandle handle : handles)
+        EXPECT_EQ(KVX3DElementObject::Cast(reopened->OpenObject(handle))->GetName(),
+                  KVX3DElementObject::Cast(database.OpenObject(handle))->GetName());
 }
 
 TEST(DocumentFile, itemsOfSkippedObjectsAreDropped)

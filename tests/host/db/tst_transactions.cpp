@@ -141,7 +141,7 @@ TEST_F(Transactions, reactorsHearTheTransactionsConcerned)
 {
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(1);
+    crane->SetTowerHeight(4000);
     manager()->EndTransaction();
     EXPECT_EQ(log.calls, (std::vector<std::string>{"started", "outermost", "ended"}));
     manager()->Undo();
@@ -170,29 +170,29 @@ TEST_F(Transactions, globalReactorsHearEveryDatabaseUntilRemoved)
 
 TEST_F(Transactions, undoSeveralStepsGoesBackInOrder)
 {
-    for (int height : {10, 20, 30}) {
+    for (int height : {10000, 20000, 30000}) {
         manager()->StartTransaction();
         crane->AssertWriteEnabled();
         crane->SetTowerHeight(height);
         manager()->EndTransaction();
     }
     EXPECT_TRUE(manager()->Undo(2));
-    EXPECT_EQ(crane->GetTowerHeight(), 10);
+    EXPECT_EQ(crane->GetTowerHeight(), 10000);
     EXPECT_EQ(manager()->RedoSteps(), 2u);
     EXPECT_TRUE(manager()->Redo());
-    EXPECT_EQ(crane->GetTowerHeight(), 20);
+    EXPECT_EQ(crane->GetTowerHeight(), 20000);
 }
 
 TEST_F(Transactions, aNewTransactionDropsTheRedoSteps)
 {
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(10);
+    crane->SetTowerHeight(10000);
     manager()->EndTransaction();
     manager()->Undo();
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(20);
+    crane->SetTowerHeight(20000);
     manager()->EndTransaction();
     EXPECT_FALSE(manager()->CanRedo());
     EXPECT_FALSE(manager()->Redo());
@@ -203,7 +203,7 @@ TEST_F(Transactions, abortRestoresAndLeavesNoUndoStep)
     const auto before = snapshot(crane);
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(99);
+    crane->SetTowerHeight(99000);
     auto* added = new KVXTowerCraneObject();
     space()->Add(added);
     manager()->AbortTransaction();
@@ -217,12 +217,12 @@ TEST_F(Transactions, innerAbortKeepsTheOuterChanges)
 {
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(100);
+    crane->SetTowerHeight(100000);
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(200);
+    crane->SetTowerHeight(200000);
     manager()->AbortTransaction();
-    EXPECT_EQ(crane->GetTowerHeight(), 100);
+    EXPECT_EQ(crane->GetTowerHeight(), 100000);
     manager()->EndTransaction();
     manager()->Undo();
     EXPECT_EQ(crane->GetTowerHeight(), 30000);
@@ -232,12 +232,12 @@ TEST_F(Transactions, nestedTransactionsFoldIntoOneStep)
 {
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(100);
+    crane->SetTowerHeight(100000);
     manager()->StartTransaction();
     auto* added = new KVXTowerCraneObject();
     space()->Add(added);
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(200);
+    crane->SetTowerHeight(200000);
     manager()->EndTransaction();
     manager()->EndTransaction();
     EXPECT_EQ(manager()->UndoSteps(), 1u);
@@ -250,11 +250,11 @@ TEST_F(Transactions, undoIsRefusedWhileATransactionIsOpen)
 {
     manager()->StartTransaction();
     crane->AssertWriteEnabled();
-    crane->SetTowerHeight(5);
+    crane->SetTowerHeight(5000);
     manager()->EndTransaction();
     manager()->StartTransaction();
     EXPECT_FALSE(manager()->Undo());
-    EXPECT_EQ(crane->GetTowerHeight(), 5);
+    EXPECT_EQ(crane->GetTowerHeight(), 5000);
     manager()->EndTransaction();
     EXPECT_EQ(manager()->EndTransaction(), Pfad::eNotInTransaction);
     EXPECT_EQ(manager()->AbortTransaction(), Pfad::eNotInTransaction);
@@ -264,7 +264,7 @@ TEST_F(Transactions, changedObjectsAddedByHandKeepTheirFirstState)
 {
     PfDbTransaction* transaction = manager()->StartTransaction();
     EXPECT_EQ(transaction->AddObject(crane, PfDbTransaction::kChanged), Pfad::eOk);
-    crane->SetTowerHeight(7);
+    crane->SetTowerHeight(7000);
     EXPECT_EQ(transaction->AddObject(crane, PfDbTransaction::kChanged), Pfad::eOk);
     PfDbTransaction foreign;
     EXPECT_EQ(foreign.AddObject(crane, PfDbTransaction::kNew), Pfad::eInvalidInput);
