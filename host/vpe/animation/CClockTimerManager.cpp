@@ -8,8 +8,11 @@ const char* const CClockTimerManager::kDefaultTimerName = "VPE_DEFAULT_CLOCK_TIM
 
 CClockTimerManager* CClockTimerManager::GetInstance()
 {
-    static CClockTimerManager instance;
-    return &instance;
+    // Never destroyed: viewers unregister from it as they go, and the last
+    // ones go with the document manager while the program's statics are
+    // torn down, in no order we control.
+    static CClockTimerManager* const instance = new CClockTimerManager;
+    return instance;
 }
 
 CClockTimer* CClockTimerManager::Find(const std::string& name) const

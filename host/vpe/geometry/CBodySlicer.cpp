@@ -43,6 +43,10 @@ CBodySlicer::Result CBodySlicer::Slice(const osg::Vec3d& point, CSection& sectio
     }
     // The vertex heights on either side of the plane.
     const auto above = std::upper_bound(m_sortedHeights.begin(), m_sortedHeights.end(), level);
+    // Within the tolerance of the lowest or the highest vertex: there is no
+    // height on one side to read.
+    if (above == m_sortedHeights.begin() || above == m_sortedHeights.end())
+        return Degenerate;
     const double next = *above;
     const double previous = *(above - 1);
     if (level - previous <= m_tolerance || next - level <= m_tolerance)

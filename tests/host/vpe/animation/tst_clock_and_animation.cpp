@@ -1,3 +1,5 @@
+#include "host/db/PfDocManager.h"
+#include "host/model/PfGsModelView.h"
 #include "host/vpe/animation/CCameraAnimable.h"
 #include "host/vpe/animation/CClockTimerManager.h"
 #include "host/vpe/animation/CVideoRecorderTimeSource.h"
@@ -8,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <vector>
 
 namespace {
@@ -242,6 +245,29 @@ TEST(CameraTrack, cameraTakesTheKeysPoseAndTurnsBetweenThem)
     const double h = std::sqrt(0.5);
     EXPECT_NEAR((osg::Vec3d(camera->GetDirection()) - osg::Vec3d(-h, h, 0)).length(), 0.0, 1e-6);
     EXPECT_NEAR((osg::Vec3d(camera->GetPosition()) - osg::Vec3d(50, -50, 10)).length(), 0.0, 1e-4);
+}
+
+} // namespace
+
+namespace {
+
+TEST(ClockTimerRegistry, outlivesTheViewersOfDocumentsLeftOpenAtExit)
+{
+    // A document left open with its view is closed while the program's
+    // statics are torn down; its viewer then unregisters its clock timer,
+    // from a registry that was already destroyed (AddressSanitizer saw it on
+    // every such exit). The child is a fresh process that makes the
+    // document manager before the registry, as the programs do.
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(
+        {
+            PfDocManager* documents = PfDocManagerPtr();
+            PfGsModelView::Attach(documents->NewDocument());
+            std::exit(vpe::CClockTimerManager::GetInstance()->Find(vpe::CClockTimerManager::kDefaultTimerName)
+                          ? 0
+                          : 3);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
 
 } // namespace
