@@ -1,5 +1,6 @@
 #include "KvxCommandLineOptions.h"
 
+#include "host/model/KVX3DElementObject.h"
 #include "host/vpe/scene/CViewFraming.h"
 
 #include <QDate>
@@ -60,7 +61,8 @@ bool parseCamera(const QString& text, osg::Vec3d& eye, osg::Vec3d& target)
     for (int i = 0; i < 6; ++i) {
         bool ok = false;
         values[i] = parts[i].trimmed().toDouble(&ok);
-        if (!ok || !std::isfinite(values[i]))
+        // Within the reach of any site: 1e308 drew an empty picture.
+        if (!ok || !(std::abs(values[i]) <= KVX3DElementObject::kFarthest))
             return false;
     }
     eye.set(values[0], values[1], values[2]);
@@ -145,8 +147,8 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
             cameraText = value;
             hasCamera = parseCamera(value, eye, target);
             if (!hasCamera) {
-                error = QStringLiteral("--camera wants six numbers ex,ey,ez,tx,ty,tz with eye and target apart, "
-                                       "not \"%1\"")
+                error = QStringLiteral("--camera wants six numbers ex,ey,ez,tx,ty,tz in millimetres, within 1e9 of "
+                                       "the origin, eye and target apart, not \"%1\"")
                             .arg(value);
                 return false;
             }

@@ -3,28 +3,20 @@
 #include "PfDbDatabase.h"
 #include "PfDbDocumentReader.h"
 #include "PfDbDocumentWriter.h"
+#include "host/vpe/core/CAtomicFile.h"
 
 #include <QFile>
-#include <QSaveFile>
 
 bool PfDbDocumentFile::Write(PfDbDatabase& database, const QString& filePath, QString* error)
 {
-    QSaveFile file(filePath);
-    if (!file.open(QIODevice::WriteOnly)) {
-        if (error)
-            *error = QStringLiteral("cannot write %1: %2").arg(filePath, file.errorString());
+    vpe::CAtomicFile file(filePath);
+    if (!file.Open(error))
+        return false;
+    if (!Write(database, file.Device(), error)) {
+        file.Cancel();
         return false;
     }
-    if (!Write(database, file, error)) {
-        file.cancelWriting();
-        return false;
-    }
-    if (!file.commit()) {
-        if (error)
-            *error = QStringLiteral("cannot write %1: %2").arg(filePath, file.errorString());
-        return false;
-    }
-    return true;
+    return file.Commit(error);
 }
 
 bool PfDbDocumentFile::Write(PfDbDatabase& database, QIODevice& device, QString* error)

@@ -39,6 +39,15 @@ vpe::CBody* loadBody(KVXSaveLoadXml& xml, int index)
     const std::vector<double> indices = xml.getNumbers(bodyKey(index, "_Triangles"));
     if (coordinates.size() % 3 || indices.size() % 3)
         return nullptr;
+    for (double coordinate : coordinates) {
+        if (!(std::abs(coordinate) <= KVX3DElementObject::kFarthest)) {
+            xml.addProblem(QStringLiteral("%1 holds the coordinate %2, farther than %3 mm: the body is left out")
+                               .arg(bodyKey(index, "_Vertices"))
+                               .arg(coordinate)
+                               .arg(KVX3DElementObject::kFarthest));
+            return nullptr;
+        }
+    }
     std::vector<osg::Vec3d> vertices;
     for (std::size_t i = 0; i < coordinates.size(); i += 3)
         vertices.emplace_back(coordinates[i], coordinates[i + 1], coordinates[i + 2]);

@@ -12,6 +12,11 @@
 class KVX3DElementObject : public KVXBaseObject {
     PFRX_DECLARE_MEMBERS(KVX3DElementObject)
 public:
+    // Farther from the origin than any site, in millimetres (a thousand
+    // kilometres): a body with a point beyond is not read, since one such
+    // point spoils the whole picture's depth range.
+    static constexpr double kFarthest = 1.0e9;
+
     using Bodies = std::vector<vpe::CRefPtr<vpe::CBody>>;
 
     const Bodies& GetBodies() const { return m_bodies; }

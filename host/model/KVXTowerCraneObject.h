@@ -26,8 +26,6 @@ public:
     static constexpr int kHighestTower = 400000;
     static constexpr double kShortestJib = 5000.0;
     static constexpr double kLongestJib = 120000.0;
-    // Farther from the origin than any site: a thousand kilometres.
-    static constexpr double kFarthest = 1.0e9;
 
     const vpe::CVec3<double>& GetPosition() const { return m_position; }
     // Each coordinate kept within kFarthest (0 for one that is not a number).

@@ -1,8 +1,9 @@
 #include "CPictureFile.h"
 
+#include "host/vpe/core/CAtomicFile.h"
+
 #include <QFileInfo>
 #include <QImageWriter>
-#include <QSaveFile>
 
 namespace vpe {
 
@@ -48,21 +49,22 @@ bool CPictureFile::Save(const QImage& picture, const QString& path, QString* err
         return false;
     if (picture.isNull())
         return fail(error, QStringLiteral("cannot write %1: there is no picture").arg(path));
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly))
-        return fail(error, QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
-    QImageWriter writer(&file, format);
+    CAtomicFile file(path);
+    if (!file.Open(error))
+        return false;
+    QImageWriter writer(&file.Device(), format);
     if (format == "jpg")
         writer.setQuality(92);
     // JPEG and BMP have no transparency: the picture is flattened first.
     const QImage written = format == "png" ? picture : picture.convertToFormat(QImage::Format_RGB32);
     if (!writer.write(written)) {
-        file.cancelWriting();
-        return fail(error, QStringLiteral("cannot write %1: %2").arg(path, writer.errorString()));
+        // The device's own reason (a full disk) says more than the writer's.
+        const QString reason = file.Device().error() != QFileDevice::NoError ? file.Device().errorString()
+                                                                             : writer.errorString();
+        file.Cancel();
+        return fail(error, QStringLiteral("cannot write %1: %2").arg(path, reason));
     }
-    if (!file.commit())
-        return fail(error, QStringLiteral("cannot write %1: %2").arg(path, file.errorString()));
-    return true;
+    return file.Commit(error);
 }
 
 } // namespace vpe

@@ -126,6 +126,7 @@ TEST_F(CommandLine, faultsGetOneLineAndAFailingCode)
         {{"render", site, "--out", x, "--size", "wide"}, 2, "--size wants WIDTHxHEIGHT"},
         {{"render", site, "--out", x, "--size", "8193x100"}, 2, "pictures are 1 to 8192 pixels a side"},
         {{"render", site, "--out", x, "--camera", "1,2,3"}, 2, "--camera wants six numbers"},
+        {{"render", site, "--out", x, "--camera", "1e308,0,0,0,0,0"}, 2, "within 1e9 of the origin"},
         {{"render", site, "--out", x, "--view", "sideways"}, 2, "--view wants one of overview"},
         {{"render", site, "--out", x, "--view", "top", "--camera", camera}, 2, "give one of them"},
         {{"render", site, "--out", x, "--date", "20251399"}, 2, "--date wants a day as yyyy-MM-dd"},

@@ -10,18 +10,25 @@
 #include "host/model/KVXTowerCraneObject.h"
 #include "host/model/PfDbBuildingInstance.h"
 #include "host/rx/PfRxClass.h"
+#include "host/vpe/core/CAtomicFile.h"
 
 #include "tests/support/QtPrinters.h"
 
 #include <QBuffer>
-
-#include <osg/Node>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
+#include <osg/Node>
+
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <limits>
+#include <random>
+
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -239,6 +246,19 @@ TEST(DocumentFile, wildCraneValuesAreBoundedAndNamed)
         ASSERT_TRUE(crane->draw3d(nullptr, node));
         osg::ref_ptr<osg::Node> drawn = node;
     }
+    // One element with a point at 1e308 blanked the whole picture.
+    PfDbLoadReport report;
+    QString error;
+    auto far = readText(kHead + "<object class=\"KVX3DElementObject\" handle=\"2\"><i k=\"Element3D_BodyCount\">1</i>"
+                                "<n k=\"Element3D_Body_0_Vertices\">0 0 0 1e308 0 0 0 1 0</n>"
+                                "<n k=\"Element3D_Body_0_Triangles\">0 1 2</n></object></kvx-document>",
+                        &report, &error);
+    ASSERT_NE(far, nullptr) << error.toStdString();
+    EXPECT_EQ(KVX3DElementObject::Cast(far->OpenObject(2))->GetFirstBody(), nullptr);
+    EXPECT_TRUE(report.Messages().join('\n').contains(
+        QLatin1String("Element3D_Body_0_Vertices holds the coordinate 1e+308, farther than 1e+09 mm")))
+        << report.Messages().join('\n').toStdString();
+
     KVXTowerCraneObject crane;
     crane.SetTowerHeight(-5);
     crane.SetJibLength(1e300);
@@ -268,6 +288,74 @@ TEST(DocumentFile, namesWithControlCharactersComeBackAsTheyWere)
     for (PfDbHandle handle : handles)
         EXPECT_EQ(KVX3DElementObject::Cast(reopened->OpenObject(handle))->GetName(),
                   KVX3DElementObject::Cast(database.OpenObject(handle))->GetName());
+}
+
+TEST(DocumentFile, savesKilledAtAnyMomentNeverLoseTheDocument)
+{
+    // A site of a few thousand elements takes long enough to save that the
+    // kills fall before, during and after the rename.
+    PfDbDatabase database;
+    for (int i = 0; i < 3000; ++i) {
+        auto* element = new KVX3DElementObject();
+        element->SetName(L"element " + std::to_wstring(i));
+        element->SetPoints({{double(i), 0, 0}, {double(i), 1000, 0}});
+        database.GetModelSpace()->Add(element);
+    }
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("site.kvx"));
+    ASSERT_TRUE(PfDbDocumentFile::Write(database, path));
+    std::mt19937 random(20261123);
+    for (int kill = 0; kill < 30; ++kill) {
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            for (;;)
+                PfDbDocumentFile::Write(database, path);
+        }
+        ::usleep(std::uniform_int_distribution<unsigned>(1000, 40000)(random));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        QString error;
+        auto reopened = PfDbDocumentFile::Read(path, nullptr, &error);
+        ASSERT_NE(reopened, nullptr) << "after kill " << kill << ": " << error.toStdString();
+        EXPECT_EQ(reopened->GetModelSpace()->Size(), 3000u);
+    }
+    // The next save clears what the killed ones left.
+    ASSERT_TRUE(PfDbDocumentFile::Write(database, path));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"site.kvx"});
+}
+
+TEST(AtomicFile, refusesFoldersAndDevicesAndKeepsTheTargetUntilCommitted)
+{
+    QTemporaryDir folder;
+    const struct {
+        QString target;
+        const char* reason;
+    } refused[] = {{folder.path(), "it is a folder"}, {QStringLiteral("/dev/full"), "it is not a plain file"}};
+    for (const auto& r : refused) {
+        vpe::CAtomicFile file(r.target);
+        QString error;
+        EXPECT_FALSE(file.Open(&error));
+        EXPECT_EQ(error, QStringLiteral("cannot write %1: %2").arg(r.target, QLatin1String(r.reason)));
+    }
+    EXPECT_FALSE(QFile::exists(vpe::CAtomicFile::PartialPathFor(QStringLiteral("/dev/full"))));
+
+    const QString path = folder.filePath(QStringLiteral("a.txt"));
+    {
+        vpe::CAtomicFile first(path);
+        ASSERT_TRUE(first.Open());
+        first.Device().write("first");
+        ASSERT_TRUE(first.Commit());
+    }
+    {
+        vpe::CAtomicFile dropped(path);
+        ASSERT_TRUE(dropped.Open());
+        dropped.Device().write("second, never committed");
+    }
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), QByteArray("first"));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"a.txt"});
 }
 
 TEST(DocumentFile, itemsOfSkippedObjectsAreDropped)
