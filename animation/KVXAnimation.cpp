@@ -10,6 +10,8 @@
 #include <osg/Group>
 #include <osg/MatrixTransform>
 
+#include <atomic>
+
 PFRX_DEFINE_MEMBERS(KVXAnimation, KVXBaseObject, &PfRxCreateInstance<KVXAnimation>)
 
 namespace {
@@ -177,6 +179,20 @@ void KVXAnimation::resumeNodeOfRouteAnimation()
         transform->setMatrix(osg::Matrix::identity());
 }
 
+namespace {
+std::atomic<quint64> elementChanges{0};
+}
+
+void KVXAnimation::setObjId(qint64 objId)
+{
+    if (objId == m_objId)
+        return;
+    m_objId = objId;
+    ++elementChanges;
+}
+
+quint64 KVXAnimation::ElementChanges() { return elementChanges; }
+
 Pfad::Error KVXAnimation::CopyFrom(const PfRxObject* other)
 {
     KVXBaseObject::CopyFrom(other);
@@ -184,7 +200,7 @@ Pfad::Error KVXAnimation::CopyFrom(const PfRxObject* other)
     if (!source)
         return Pfad::eInvalidInput;
     m_number = source->m_number;
-    m_objId = source->m_objId;
+    setObjId(source->m_objId);
     m_startDate = source->m_startDate;
     m_endDate = source->m_endDate;
     m_durationDays = source->m_durationDays;
@@ -232,7 +248,7 @@ void KVXAnimation::getElementPropertys(KVXSaveLoadXml& xml)
 {
     KVXBaseObject::getElementPropertys(xml);
     m_number = xml.getInt(kNumberKey);
-    m_objId = xml.getInt64(kObjIdKey);
+    setObjId(xml.getInt64(kObjIdKey));
     m_startDate = KVXDateFormat::fromText(xml.getString(kStartDateKey));
     m_endDate = KVXDateFormat::fromText(xml.getString(kEndDateKey));
     m_durationDays = xml.getInt(kDurationDaysKey);

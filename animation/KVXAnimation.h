@@ -52,7 +52,12 @@ public:
     int getNumber() const { return m_number; }
     void setNumber(int number) { m_number = number; }
     qint64 getObjId() const { return m_objId; }
-    void setObjId(qint64 objId) { m_objId = objId; }
+    // Counted in ElementChanges when it changes the element.
+    void setObjId(qint64 objId);
+    // How many times any record's element changed (set, copied, undone or
+    // read from a document): what indexes of records by element compare
+    // with to know they are out of date.
+    static quint64 ElementChanges();
     const QDate& getStartDate() const { return m_startDate; }
     void setStartDate(const QDate& date) { m_startDate = date; }
     const QDate& getEndDate() const { return m_endDate; }

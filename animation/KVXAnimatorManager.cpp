@@ -94,8 +94,19 @@ KVXAnimation* KVXAnimatorManager::addKvxAnimation(qint64 objId, KVXAnimation::An
     return record;
 }
 
+void KVXAnimatorManager::ensureElementIndex() const
+{
+    if (m_indexedElementChanges == KVXAnimation::ElementChanges())
+        return;
+    m_indexedElementChanges = KVXAnimation::ElementChanges();
+    m_animationsByObjId.clear();
+    for (KVXAnimation* record : m_animations)
+        m_animationsByObjId[record->getObjId()].push_back(record);
+}
+
 void KVXAnimatorManager::appendRecord(KVXAnimation* record)
 {
+    ensureElementIndex();
     m_animations.push_back(record);
     m_animationsByNumber.emplace(record->getNumber(), record);
     m_animationsByObjId[record->getObjId()].push_back(record);
@@ -103,6 +114,7 @@ void KVXAnimatorManager::appendRecord(KVXAnimation* record)
 
 void KVXAnimatorManager::unindexRecord(KVXAnimation* record)
 {
+    ensureElementIndex();
     auto it = m_animationsByObjId.find(record->getObjId());
     if (it == m_animationsByObjId.end())
         return;
@@ -127,6 +139,7 @@ KVXAnimation* KVXAnimatorManager::findKVXAnimation(int number) const
 
 void KVXAnimatorManager::GetALlAnimationByObjId(qint64 objId, std::vector<KVXAnimation*>& out) const
 {
+    ensureElementIndex();
     auto it = m_animationsByObjId.find(objId);
     if (it != m_animationsByObjId.end())
         out.insert(out.end(), it->second.begin(), it->second.end());
@@ -160,6 +173,7 @@ void KVXAnimatorManager::deleteKvxAnimation(int number)
 
 bool KVXAnimatorManager::deleteAnimationByObjId(qint64 objId)
 {
+    ensureElementIndex();
     auto it = m_animationsByObjId.find(objId);
     if (it == m_animationsByObjId.end())
         return false;
@@ -332,6 +346,7 @@ double KVXAnimatorManager::getAnimationTimeAtDate(const QDate& date) const { ret
 std::vector<KVXAnimatorManager::ConflictInfo> KVXAnimatorManager::findConflictAnimation(KVXAnimation* anim) const
 {
     std::vector<ConflictInfo> conflicts;
+    ensureElementIndex();
     auto it = anim ? m_animationsByObjId.find(anim->getObjId()) : m_animationsByObjId.end();
     if (it == m_animationsByObjId.end())
         return conflicts;
@@ -372,6 +387,7 @@ void KVXAnimatorManager::checkAnimations()
 
 bool KVXAnimatorManager::isLegalTime(KVXAnimation* anim, const QDate& start, const QDate& end) const
 {
+    ensureElementIndex();
     auto it = anim ? m_animationsByObjId.find(anim->getObjId()) : m_animationsByObjId.end();
     if (it == m_animationsByObjId.end())
         return true;

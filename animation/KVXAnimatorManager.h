@@ -147,6 +147,9 @@ private:
                                   KVXAnimation::TranslationType translation);
     void appendRecord(KVXAnimation* record);
     void unindexRecord(KVXAnimation* record);
+    // Files every record again under its element when any record's element
+    // changed since the index was made.
+    void ensureElementIndex() const;
     void removeFromDocument(KVXAnimation* record);
     void clearVPEAnimations();
     void createPlayAnimations();
@@ -168,7 +171,10 @@ private:
     std::map<int, KVXAnimation*> m_animationsByNumber;
     std::vector<KVXAnimation*> m_animations;
     // Each element's records in list order.
-    std::unordered_map<qint64, std::vector<KVXAnimation*>> m_animationsByObjId;
+    // Records by element, in list order; remade on use when a record's
+    // element changed (ensureElementIndex).
+    mutable std::unordered_map<qint64, std::vector<KVXAnimation*>> m_animationsByObjId;
+    mutable quint64 m_indexedElementChanges = 0;
 
     // Start date and seconds per day.
     vpe::CRefPtr<KVXScheduleTimeScale> m_timeScale;

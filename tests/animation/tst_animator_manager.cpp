@@ -4,6 +4,7 @@
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDbTransactionManager.h"
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/KVXTowerCraneObject.h"
@@ -163,6 +164,33 @@ TEST_F(AnimatorManager, erasingAnElementDropsItsRecordsWithOneSignal)
         document->GetDatabase()->OpenObject(static_cast<PfDbHandle>(first), true), false);
     document->GetDatabase()->EraseObject(record);
     EXPECT_EQ(changed.count(), 1);
+}
+
+TEST_F(AnimatorManager, aRecordMovedToAnotherElementIsFiledUnderIt)
+{
+    // Moving a record to another element used to leave it filed under the
+    // old one: erasing the old element deleted it, and conflicts on the new
+    // one were missed.
+    KVXAnimation* moved = addDated(first, QDate(2025, 3, 1), QDate(2025, 3, 10));
+    KVXAnimation* there = addDated(second, QDate(2025, 3, 5), QDate(2025, 3, 15));
+    PfDbTransactionManager* transactions = document->GetDatabase()->TransactionManager();
+    transactions->StartTransaction();
+    moved->AssertWriteEnabled();
+    moved->setObjId(second);
+    transactions->EndTransaction();
+    EXPECT_EQ(manager->findAnimationsByObjId(first), Records{});
+    EXPECT_EQ(manager->findAnimationsByObjId(second), (Records{moved, there}));
+    EXPECT_EQ(manager->findConflictAnimation(there).size(), 1u) << "the overlap on the new element is seen";
+
+    // Undone and redone, the record follows.
+    transactions->Undo();
+    EXPECT_EQ(manager->findAnimationsByObjId(first), Records{moved});
+    EXPECT_EQ(manager->findAnimationsByObjId(second), Records{there});
+    transactions->Redo();
+    EXPECT_EQ(manager->findAnimationsByObjId(second), (Records{moved, there}));
+
+    document->GetDatabase()->EraseObject(document->GetItem(static_cast<PfDbHandle>(first)));
+    EXPECT_EQ(manager->getAnimationVector(), (Records{moved, there})) << "the old element takes nothing with it";
 }
 
 TEST_F(AnimatorManager, clearingRestartsTheNumbersAndLeavesTheDocument)
