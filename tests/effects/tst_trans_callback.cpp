@@ -173,7 +173,8 @@ TEST_F(TransCallback, constructionBeforeItsStartIsHidden)
 TEST_F(TransCallback, translationOutsideTheKnownOnesCutsAtGroundLevel)
 {
     KVXAnimTransCallback* callback = start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
-    record->setTranslationType(static_cast<KVXAnimation::TranslationType>(9));
+    // A value the type can hold that is none of its directions.
+    record->setTranslationType(static_cast<KVXAnimation::TranslationType>(7));
     evaluateAt(5.0);
     double x = 0.0;
     EXPECT_EQ(capArea(callback, x), 0.0) << "the plane z = 0 only touches the wall";
