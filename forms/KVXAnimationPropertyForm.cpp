@@ -145,9 +145,12 @@ void KVXAnimationPropertyForm::initUI()
     title->setAlignment(Qt::AlignCenter);
     auto* frame = new QWidget(this);
     frame->setStyleSheet(QStringLiteral("border:1px solid #000000"));
+    // Its rows are placed by hand: the frame tells the layout their extent.
+    frame->setMinimumSize(kEditorX + kEditorWidth + 10, 365);
     const auto dateEdit = [] {
         auto* edit = new QDateEdit(QDate::currentDate());
         edit->setCalendarPopup(true);
+        edit->setDisplayFormat(QStringLiteral("yyyy-MM-dd"));
         edit->setAlignment(Qt::AlignCenter);
         return edit;
     };

@@ -221,6 +221,45 @@ TEST_F(PropertyForm, everyEditIsOneUndoStepAndSurvivesSaving)
     EXPECT_EQ(read->getAnimEndPoint().z(), 2500.0);
 }
 
+TEST_F(PropertyForm, theOtherFieldsOfEachKindAreUndoneOneEditAtATime)
+{
+    struct Edit {
+        KVXAnimation::AnimType type;
+        KVXAnimation::TranslationType direction;
+        std::function<void()> make;
+        std::function<QString(const KVXAnimation*)> read;
+    };
+    const Edit edits[] = {
+        {KVXAnimation::Construction, KVXAnimation::LeftToRight,
+         [&] { form->repeatEndDateEdit()->setDate(QDate(2025, 3, 28)); },
+         [](const KVXAnimation* r) { return r->getLoopEndDate().toString(Qt::ISODate); }},
+        {KVXAnimation::Construction, KVXAnimation::LeftToRight, [&] { form->translationCombo()->setCurrentIndex(2); },
+         [](const KVXAnimation* r) { return QString::number(r->getTranslationType()); }},
+        {KVXAnimation::Construction, KVXAnimation::LeftToRight, [&] { form->layeringBox()->setChecked(true); },
+         [](const KVXAnimation* r) { return QString::number(r->getIsLayering()); }},
+        {KVXAnimation::Demolition, KVXAnimation::TopDown, [&] { type(form->startElevationEdit(), "2.75"); },
+         [](const KVXAnimation* r) { return QString::number(r->getAnimStartPoint().z()); }},
+        {KVXAnimation::Rotation, KVXAnimation::LeftToRight, [&] { type(form->startAngleEdit(), "45"); },
+         [](const KVXAnimation* r) { return QString::number(r->getStartAngle()); }},
+        {KVXAnimation::Rotation, KVXAnimation::LeftToRight, [&] { type(form->endAngleEdit(), "135"); },
+         [](const KVXAnimation* r) { return QString::number(r->getEndAngle()); }},
+        {KVXAnimation::Path, KVXAnimation::LeftToRight, [&] { type(form->pathRotateEdit(), "90"); },
+         [](const KVXAnimation* r) { return QString::number(r->getPathRotateAngel()); }},
+    };
+    for (const Edit& edit : edits) {
+        const KVXAnimation* record = show(storey, edit.type, edit.direction);
+        SCOPED_TRACE(record->getNumber());
+        const QString before = edit.read(record);
+        edit.make();
+        const QString after = edit.read(record);
+        EXPECT_NE(after, before);
+        ASSERT_TRUE(undo()->Undo());
+        EXPECT_EQ(edit.read(record), before);
+        ASSERT_TRUE(undo()->Redo());
+        EXPECT_EQ(edit.read(record), after);
+    }
+}
+
 TEST_F(PropertyForm, theJackingButtonOpensTheCranesLiftingDialog)
 {
     show(crane, KVXAnimation::Rotation, KVXAnimation::LeftToRight);
