@@ -1,5 +1,6 @@
 #pragma once
 
+#include "KVXCraneRig.h"
 #include "KVXEffectContext.h"
 
 #include "host/db/PfDbHandle.h"
@@ -7,6 +8,8 @@
 #include "host/vpe/scene/CGroupNode.h"
 
 #include <osg/Matrixd>
+
+#include <memory>
 
 class KVXAnimation;
 class KVXTowerAnimation;
@@ -27,11 +30,11 @@ public:
 
     // Another callback already drives the crane: this one does nothing.
     bool IsInactive() const { return m_inactive; }
-    vpe::CGroupNode* GetCraneRoot() const { return m_craneRoot.get(); }
-    vpe::CGroupNode* GetJibNode() const { return m_jibNode.get(); }
-    vpe::CGroupNode* GetUpperNode() const { return m_upperNode.get(); }
-    vpe::CGroupNode* GetMastNode() const { return m_mastNode.get(); }
-    vpe::CGroupNode* GetTiesNode() const { return m_tiesNode.get(); }
+    vpe::CGroupNode* GetCraneRoot() const { return m_rig ? m_rig->GetRoot() : nullptr; }
+    vpe::CGroupNode* GetJibNode() const { return m_rig ? m_rig->GetJibNode() : nullptr; }
+    vpe::CGroupNode* GetUpperNode() const { return m_rig ? m_rig->GetUpperNode() : nullptr; }
+    vpe::CGroupNode* GetMastNode() const { return m_rig ? m_rig->GetMastNode() : nullptr; }
+    vpe::CGroupNode* GetTiesNode() const { return m_rig ? m_rig->GetTiesNode() : nullptr; }
 
     // The jib's angle in degrees after turning for that long from the start.
     double SlewAngle(double elapsed) const;
@@ -43,25 +46,16 @@ protected:
     ~KVXTowerRotateCallback() override;
 
 private:
-    bool restructure();
-    void putBack();
     void setInitialPose();
     osg::Matrixd raiseMatrix(float time) const;
     osg::Matrixd slewMatrix(double elapsed) const;
-    void clipMast(int height);
-    void updateWallTies();
     bool hasLiftingData() const;
     // The crane element while its database lives; null once it is gone.
     KVXTowerCraneObject* liveCrane() const;
 
     KVXAnimation* m_animation;
     vpe::CRefPtr<KVXEffectContext> m_context;
-    vpe::CRefPtr<vpe::CGroupNode> m_jibNode;
-    vpe::CRefPtr<vpe::CGroupNode> m_upperNode;
-    vpe::CRefPtr<vpe::CGroupNode> m_mastNode;
-    vpe::CRefPtr<vpe::CGroupNode> m_tiesNode;
-    vpe::CRefPtr<vpe::CGroupNode> m_craneGroup;
-    vpe::CRefPtr<vpe::CGroupNode> m_craneRoot;
+    std::unique_ptr<KVXCraneRig> m_rig;
     KVXTowerCraneObject* m_crane = nullptr;
     // The callback may outlive the crane's document (a viewer kept alive):
     // the crane is found again through the context before it is touched at
