@@ -72,13 +72,24 @@ const CommandHelp kHelp[] = {
              "Prints the document's elements (handle, kind, name), the model's extents, its schedule's records\n"
              "(number, kind, element, dates) and its fly-through's key frames.\n"
              "example: kvxhost list site.kvx\n"},
+    {"crane-sim", "usage: kvxhost crane-sim --port N [options]\n"
+                  "Stands in for the site monitoring platform: serves crane readings in the platform's reply shape\n"
+                  "on http://127.0.0.1:N/ (the loopback address only) until stopped. By default the crane slews\n"
+                  "0-150 degrees and back, 15 degrees a reading, and climbs 6 m every twelve readings from 30 m.\n"
+                  "  --port N                      the port, 0 for any free one (printed)\n"
+                  "  --script FILE                 readings replayed from JSON lines: {\"rotation\": 30, \"height\": 36},\n"
+                  "                                optionally \"returnCode\", \"status\" (HTTP) or \"body\"\n"
+                  "  --slow MS                     answer that many milliseconds late (-1: never)\n"
+                  "  --fail-every N                every n-th answer an HTTP 500\n"
+                  "  --damaged                     bodies cut in half\n"
+                  "example: kvxhost crane-sim --port 8765 --fail-every 10\n"},
 };
 
 } // namespace
 
 QString KvxCommandLineHelp::Usage()
 {
-    return QStringLiteral("usage: kvxhost COMMAND [FILE.kvx] [options], COMMAND one of %1; kvxhost --help tells more")
+    return QStringLiteral("usage: kvxhost COMMAND [FILE] [options], COMMAND: %1; kvxhost --help tells more")
         .arg(KvxCommandLineOptions::Commands().join(QStringLiteral(", ")));
 }
 

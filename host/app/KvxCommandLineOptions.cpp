@@ -24,6 +24,7 @@ const CommandOptions kCommands[] = {
     {"keyframes", true, "--add --camera --date --delete --out "},
     {"check", true, "--seconds-per-day "},
     {"list", true, ""},
+    {"crane-sim", false, "--port --script --slow --fail-every --damaged "},
 };
 
 const CommandOptions* commandOptions(const QString& command)
@@ -36,8 +37,9 @@ const CommandOptions* commandOptions(const QString& command)
 
 bool takesValue(const QString& option)
 {
-    static const QStringList valued{"--out",    "--size", "--seconds-per-day", "--poster", "--camera", "--view",
-                                    "--add",    "--delete", "--date",          "--title"};
+    static const QStringList valued{"--out",  "--size",  "--seconds-per-day", "--poster", "--camera",
+                                    "--view", "--add",   "--delete",          "--date",   "--title",
+                                    "--port", "--script", "--slow",           "--fail-every"};
     return valued.contains(option);
 }
 
@@ -110,7 +112,8 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
             input = argument;
             continue;
         }
-        if (!takesValue(argument) && argument != QLatin1String("--no-caption") && argument != QLatin1String("--force")) {
+        if (!takesValue(argument) && argument != QLatin1String("--no-caption") && argument != QLatin1String("--force") &&
+            argument != QLatin1String("--damaged")) {
             error = QStringLiteral("unknown option %1").arg(argument);
             return false;
         }
@@ -177,6 +180,27 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
             caption = false;
         } else if (argument == QLatin1String("--force")) {
             force = true;
+        } else if (argument == QLatin1String("--damaged")) {
+            damaged = true;
+        } else if (argument == QLatin1String("--script")) {
+            script = value;
+        } else if (argument == QLatin1String("--port") || argument == QLatin1String("--slow") ||
+                   argument == QLatin1String("--fail-every")) {
+            bool ok = false;
+            const int number = value.toInt(&ok);
+            const bool isPort = argument == QLatin1String("--port");
+            if (!ok || number < (argument == QLatin1String("--slow") ? -1 : isPort ? 0 : 1) ||
+                (isPort && number > 65535)) {
+                error = QStringLiteral("%1 wants %2, not \"%3\"")
+                            .arg(argument,
+                                 isPort ? QStringLiteral("a port from 0 (any free one) to 65535")
+                                 : argument == QLatin1String("--slow")
+                                     ? QStringLiteral("milliseconds before each answer, -1 for never")
+                                     : QStringLiteral("a count from 1"),
+                                 value);
+                return false;
+            }
+            (isPort ? port : argument == QLatin1String("--slow") ? delay : failEvery) = number;
         }
     }
     if (hasCamera && !view.isEmpty()) {

@@ -29,6 +29,12 @@ struct KvxCommandLineOptions {
     bool caption = true;
     bool force = false;
     bool help = false;
+    // crane-sim
+    int port = -1;
+    QString script;
+    int delay = 0;
+    int failEvery = 0;
+    bool damaged = false;
 
     // The commands, in the order the help lists them.
     static QStringList Commands();

@@ -19,7 +19,10 @@
 #include "host/vpe/render/CPictureFile.h"
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/scene/CViewFraming.h"
+#include "host/net/PfCraneSimulator.h"
 #include "host/vpe/video/ZVideoFFmpeg.h"
+
+#include <QCoreApplication>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -224,7 +227,27 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return exportFlyThrough(options);
     if (command == QLatin1String("check"))
         return check(options);
+    if (command == QLatin1String("crane-sim"))
+        return craneSimulator(options);
     return list(options);
+}
+
+int KvxHostCommandLine::craneSimulator(const Options& options)
+{
+    if (options.port < 0)
+        return fail(QStringLiteral("crane-sim wants --port N (0 for any free one)"), 2);
+    PfCraneSimulator simulator;
+    QString error;
+    if (!options.script.isEmpty() && !simulator.LoadScript(options.script, &error))
+        return fail(error, 2);
+    simulator.SetDelay(options.delay);
+    simulator.SetFailEvery(options.failEvery);
+    simulator.SetDamaged(options.damaged);
+    if (!simulator.Listen(static_cast<quint16>(options.port), &error))
+        return fail(error);
+    m_out << "serving crane readings on http://127.0.0.1:" << simulator.Port() << "/ until stopped\n";
+    m_out.flush();
+    return QCoreApplication::exec();
 }
 
 int KvxHostCommandLine::checkSize(const Options& options)

@@ -145,6 +145,10 @@ TEST_F(CommandLine, faultsGetOneLineAndAFailingCode)
         {{"check"}, 2, "check wants a document"},
         {{"list", site, "--size", "10x10"}, 2, "list does not take --size"},
         {{"list", site, site}, 2, "unexpected argument"},
+        {{"crane-sim"}, 2, "crane-sim wants --port"},
+        {{"crane-sim", "--port", "70000"}, 2, "--port wants a port"},
+        {{"crane-sim", "--port", "0", "--script", path("missing.jsonl")}, 2, "cannot read"},
+        {{"crane-sim", "--port", "0", "--fail-every", "0"}, 2, "--fail-every wants a count"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.arguments.join(' ').toStdString());
@@ -196,7 +200,8 @@ TEST_F(CommandLine, helpForTheProgramAndEachCommand)
 {
     const Outcome all = run({"--help"});
     EXPECT_EQ(all.code, 0);
-    const char* const commands[] = {"demo-site", "render", "play", "keyframes", "export", "check", "list"};
+    const char* const commands[] = {"demo-site", "render",    "play", "keyframes",
+                                    "export",    "check",     "list", "crane-sim"};
     for (const char* command : commands)
         EXPECT_TRUE(all.out.contains(QStringLiteral("kvxhost %1").arg(QLatin1String(command)))) << command;
     for (const char* command : commands) {
