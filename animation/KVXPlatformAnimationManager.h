@@ -47,6 +47,10 @@ public:
     float getAnimateTime() const { return m_time; }
     // Takes one reply in; a reply that is not a good reading is ignored.
     void setPlatformTowerData(const QByteArray& reply);
+    // The last reading taken in (empty before the first).
+    const KVXPlatformTowerAnimationData& getCurrentData() const { return m_current; }
+    // How many cranes follow the readings.
+    std::size_t getTowerCount() const { return m_towers.size(); }
     // The crane's reading; an empty one (no device) for an unknown crane.
     KVXPlatformTowerAnimationData getAnimationDataFromTower(KVXTowerCraneObject* crane) const;
     // Every crane of the active document gets a live animation and its

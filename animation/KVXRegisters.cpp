@@ -2,6 +2,7 @@
 
 #include "KVXAnimation.h"
 #include "KVXDemoSchedule.h"
+#include "KVXLiveCraneFilm.h"
 #include "KVXScheduleCheck.h"
 #include "KVXScheduleVideo.h"
 #include "KVXTowerAnimation.h"
@@ -57,6 +58,8 @@ void KVXRegisters::addCommands()
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleCheck::RunCommand));
     commands->AddCommand(m_groupName, KVXScheduleCheck::kListCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXScheduleCheck::RunListCommand));
+    commands->AddCommand(m_groupName, KVXLiveCraneFilm::kCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXLiveCraneFilm::RunCommand));
     commands->AddCommand(m_groupName, KVXDemoSchedule::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXDemoSchedule::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kCommandName,

@@ -24,6 +24,7 @@ const CommandOptions kCommands[] = {
     {"keyframes", true, "--add --camera --date --delete --out "},
     {"check", true, "--seconds-per-day "},
     {"list", true, ""},
+    {"live", true, "--endpoint --header --out --seconds --size --camera --view --title --no-caption "},
     {"crane-sim", false, "--port --script --slow --fail-every --damaged "},
 };
 
@@ -39,7 +40,8 @@ bool takesValue(const QString& option)
 {
     static const QStringList valued{"--out",  "--size",  "--seconds-per-day", "--poster", "--camera",
                                     "--view", "--add",   "--delete",          "--date",   "--title",
-                                    "--port", "--script", "--slow",           "--fail-every"};
+                                    "--port", "--script", "--slow",           "--fail-every",
+                                    "--endpoint", "--header", "--seconds"};
     return valued.contains(option);
 }
 
@@ -180,6 +182,19 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
             caption = false;
         } else if (argument == QLatin1String("--force")) {
             force = true;
+        } else if (argument == QLatin1String("--endpoint")) {
+            endpoint = value;
+        } else if (argument == QLatin1String("--header")) {
+            header = value;
+        } else if (argument == QLatin1String("--seconds")) {
+            bool ok = false;
+            const double length = value.toDouble(&ok);
+            if (!ok || !(length > 0.0) || length > 3600.0) {
+                error = QStringLiteral("--seconds wants a length of film above 0 and at most 3600, not \"%1\"")
+                            .arg(value);
+                return false;
+            }
+            seconds = value;
         } else if (argument == QLatin1String("--damaged")) {
             damaged = true;
         } else if (argument == QLatin1String("--script")) {

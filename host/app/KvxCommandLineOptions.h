@@ -29,6 +29,10 @@ struct KvxCommandLineOptions {
     bool caption = true;
     bool force = false;
     bool help = false;
+    // live
+    QString endpoint;
+    QString header;
+    QString seconds;
     // crane-sim
     int port = -1;
     QString script;

@@ -41,6 +41,7 @@ const wchar_t* const kShowDateCommand = L"KVXElement.KVX_SHOW_SCHEDULE_AT";
 const wchar_t* const kCheckCommand = L"KVXElement.KVX_CHECK_SCHEDULE";
 const wchar_t* const kListCommand = L"KVXElement.KVX_LIST_SCHEDULE";
 const wchar_t* const kDemoScheduleCommand = L"KVXElement.KVX_ADD_DEMO_SCHEDULE";
+const wchar_t* const kLiveCommand = L"KVXElement.KVX_FILM_LIVE_CRANES";
 
 // The largest still the renderer draws, a side.
 constexpr int kMaxPictureSide = 8192;
@@ -208,7 +209,8 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
     if (KvxCommandLineOptions::TakesDocument(command) && options.input.isEmpty())
         return fail(QStringLiteral("%1 wants a document: kvxhost %1 FILE.kvx ...").arg(command), 2);
     const bool needsOut = command == QLatin1String("demo-site") || command == QLatin1String("render") ||
-                          command == QLatin1String("play") || command == QLatin1String("export");
+                          command == QLatin1String("play") || command == QLatin1String("export") ||
+                          command == QLatin1String("live");
     if (needsOut && options.out.isEmpty())
         return fail(QStringLiteral("%1 wants --out FILE; kvxhost %1 --help tells more").arg(command), 2);
     if (const int refused = checkSize(options))
@@ -229,7 +231,39 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return check(options);
     if (command == QLatin1String("crane-sim"))
         return craneSimulator(options);
+    if (command == QLatin1String("live"))
+        return live(options);
     return list(options);
+}
+
+int KvxHostCommandLine::live(const Options& options)
+{
+    if (options.endpoint.isEmpty())
+        return fail(QStringLiteral("live wants --endpoint URL, the platform's latest-reading address"), 2);
+    if (!moduleCommands())
+        return fail(QStringLiteral("the animation module is not installed: no crane can be filmed"));
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    QStringList words{QStringLiteral("endpoint=%1").arg(options.endpoint), QStringLiteral("out=%1").arg(options.out),
+                      QStringLiteral("size=%1").arg(sizeText(options.width, options.height))};
+    if (!options.header.isEmpty())
+        words << QStringLiteral("header=%1").arg(options.header);
+    if (!options.seconds.isEmpty())
+        words << QStringLiteral("seconds=%1").arg(options.seconds);
+    words << captionWords(options.caption, options.title);
+    Pfad::Error result;
+    {
+        ProgressScope progress(m_out, QStringLiteral("filming the live cranes"));
+        result = runModuleCommand(kLiveCommand, words, error);
+    }
+    PfDocManagerPtr()->CloseDocument(document);
+    if (result != Pfad::eOk)
+        return fail(error, exitCodeOf(result));
+    m_out << "wrote the live cranes of " << options.input << " to " << options.out << " (" << videoSizeText(options)
+          << ", 24 frames a second)\n";
+    return 0;
 }
 
 int KvxHostCommandLine::craneSimulator(const Options& options)
@@ -252,7 +286,8 @@ int KvxHostCommandLine::craneSimulator(const Options& options)
 
 int KvxHostCommandLine::checkSize(const Options& options)
 {
-    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export");
+    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export") ||
+                       options.command == QLatin1String("live");
     const int limit = video ? ZVideoFFmpeg::kMaxSide : kMaxPictureSide;
     if (options.width > limit || options.height > limit)
         return fail(QStringLiteral("%1 is too large: %2 are 1 to %3 pixels a side")
@@ -265,7 +300,8 @@ int KvxHostCommandLine::checkSize(const Options& options)
 
 int KvxHostCommandLine::checkOutputs(const Options& options)
 {
-    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export");
+    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export") ||
+                       options.command == QLatin1String("live");
     const OutputKind outKind = options.command == QLatin1String("render") ? OutputKind::Picture
                                : video                                     ? OutputKind::Video
                                                                            : OutputKind::Document;

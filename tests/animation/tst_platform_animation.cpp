@@ -11,11 +11,16 @@
 #include "host/vpe/animation/CAnimationManager.h"
 #include "host/vpe/render/CViewer.h"
 
+#include "host/net/PfCraneSimulator.h"
+
+#include "tests/support/CommandLineRun.h"
 #include "tests/support/FixedStepTimeSource.h"
+#include "tests/support/VideoProbe.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 
 #include <QSignalSpy>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -164,6 +169,41 @@ TEST_F(PlatformAnimation, pauseStopsAskingAndStopPutsTheCraneBack)
     EXPECT_EQ(rig(), nullptr) << "the live animation is gone";
     EXPECT_EQ(manager->getAnimationDataFromTower(crane).deviceId, QString());
     EXPECT_EQ(crane->GetBeingAnimated(), 0);
+}
+
+TEST(LiveCraneFilm, filmsTheCranesFollowingTheSimulatedPlatform)
+{
+    QTemporaryDir folder;
+    const QString site = folder.filePath(QStringLiteral("site.kvx"));
+    ASSERT_EQ(runCommandLine({"demo-site", "--out", site}).code, 0);
+    PfCraneSimulator simulator;
+    simulator.SetScript({{0.0, 40.0}, {90.0, 46.0}});
+    ASSERT_TRUE(simulator.Listen(0));
+    const QString endpoint = QStringLiteral("http://127.0.0.1:%1/latest").arg(simulator.Port());
+    const QString video = folder.filePath(QStringLiteral("live.mp4"));
+    const Outcome filmed = runCommandLine(
+        {"live", site, "--endpoint", endpoint, "--out", video, "--seconds", "6", "--size", "96x54"});
+    ASSERT_EQ(filmed.code, 0) << filmed.err;
+    EXPECT_EQ(simulator.Answered(), 2) << "a reading at the start and after five seconds of film";
+    EXPECT_TRUE(probeVideo(video).contains(QLatin1String("nb_read_frames=144"))) << probeVideo(video);
+    EXPECT_EQ(KVXPlatformAnimationManager::getInstance()->getPlayingState(), KVXPlatformAnimationManager::Stopped);
+
+    const struct {
+        QStringList arguments;
+        int code;
+        const char* message;
+    } refused[] = {
+        {{"live", site, "--out", video}, 2, "live wants --endpoint"},
+        {{"live", site, "--endpoint", "ftp://x/", "--out", video}, 2, "http:// or https://"},
+        {{"live", site, "--endpoint", endpoint, "--out", video, "--seconds", "0"}, 2, "--seconds wants"},
+        {{"live", site, "--endpoint", endpoint, "--out", video, "--header", "no header"}, 1, "Name: value"},
+    };
+    for (const auto& r : refused) {
+        SCOPED_TRACE(r.arguments.join(' ').toStdString());
+        const Outcome outcome = runCommandLine(r.arguments);
+        EXPECT_EQ(outcome.code, r.code);
+        EXPECT_TRUE(outcome.err.contains(QLatin1String(r.message))) << outcome.err;
+    }
 }
 
 } // namespace
