@@ -17,6 +17,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <cmath>
+
 KVXPlatformAnimationManager* KVXPlatformAnimationManager::m_instance = nullptr;
 
 namespace {
@@ -118,12 +120,18 @@ void KVXPlatformAnimationManager::setPlatformTowerData(const QByteArray& reply)
     const auto valueOf = [&attributes](const char* key) {
         return attributes.value(QLatin1String(key)).toObject().value(QStringLiteral("value")).toDouble();
     };
+    const double rotation = valueOf("rotation");
+    const double height = valueOf("height");
+    // No crane slews a million degrees or stands a kilometre tall: such a
+    // value is a damaged reply, and would not fit the reading's floats.
+    if (!(std::abs(rotation) <= 1.0e6) || !(std::abs(height) <= 1000.0))
+        return;
     m_current.deviceId =
         result.value(QStringLiteral("status")).toObject().value(QStringLiteral("deviceId")).toString();
     m_current.previousRotation = m_current.rotation;
-    m_current.rotation = static_cast<float>(valueOf("rotation"));
+    m_current.rotation = static_cast<float>(rotation);
     // The platform reports metres.
-    m_current.height = static_cast<float>(valueOf("height") * 1000.0);
+    m_current.height = static_cast<float>(height * 1000.0);
     m_current.stamp = m_time;
     for (auto& tower : m_towers)
         tower.second = m_current;

@@ -135,6 +135,8 @@ TEST_F(PlatformAnimation, repliesThatAreNoGoodReadingAreIgnored)
         "[1, 2, 3]",
         "{\"returnCode\":0,\"result\":{\"status\":{\"deviceId\":\"\xff\xfe\"}}",
         QByteArray(10 * 1024 * 1024, ' ') + "{",
+        reply(1e308, 40.0),
+        reply(0.0, 1e12),
         "",
     };
     for (const QByteArray& body : ignored) {
