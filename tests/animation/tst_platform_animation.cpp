@@ -12,6 +12,8 @@
 #include "host/vpe/render/CViewer.h"
 
 #include "host/net/PfCraneSimulator.h"
+#include "host/net/PfPlatformReadingClient.h"
+#include "host/vpe/scene/CCamera.h"
 
 #include "tests/support/CommandLineRun.h"
 #include "tests/support/FixedStepTimeSource.h"
@@ -39,7 +41,7 @@ QByteArray reply(double rotation, double heightMetres, int returnCode = 0, const
         .toUtf8();
 }
 
-// A crane 40 m tall at (20 m, 6 m) in a document with a view, its clock
+// A crane 60 m tall at (20 m, 6 m) in a document with a view, its clock
 // moved by hand.
 class PlatformAnimation : public ::testing::Test {
 protected:
@@ -48,6 +50,8 @@ protected:
         document = PfDocManagerPtr()->NewDocument();
         crane = new KVXTowerCraneObject();
         crane->SetPosition({20000.0, 6000.0, 0.0});
+        crane->SetTowerHeight(60000);
+        crane->SetJibLength(40000.0);
         document->GetDatabase()->GetModelSpace()->Add(crane);
         viewer = PfGsModelView::Attach(document)->GetViewer();
         viewer->SetTimeSource(new FixedStepTimeSource);
@@ -109,7 +113,7 @@ TEST_F(PlatformAnimation, aReadingRaisesTheCraneAndTurnsTheJibOverFiveSeconds)
     manager->setPlatformTowerData(reply(0.0, 46.0));
     frameAt(10.5);
     EXPECT_EQ(manager->getAnimationDataFromTower(crane).deviceId, QStringLiteral("TC-001"));
-    EXPECT_NEAR(raise(), 6000.0, 1e-6) << "46 m reported, 40 m modelled";
+    EXPECT_NEAR(raise(), -14000.0, 1e-6) << "46 m reported, 60 m modelled";
     manager->setPlatformTowerData(reply(90.0, 46.0));
     // The turn follows the five-second phase of the clock.
     for (const auto& [time, heading] : {std::pair{12.5, 45.0}, {14.0, 72.0}, {14.9, 88.2}}) {
@@ -171,6 +175,53 @@ TEST_F(PlatformAnimation, pauseStopsAskingAndStopPutsTheCraneBack)
     EXPECT_EQ(rig(), nullptr) << "the live animation is gone";
     EXPECT_EQ(manager->getAnimationDataFromTower(crane).deviceId, QString());
     EXPECT_EQ(crane->GetBeingAnimated(), 0);
+}
+
+TEST_F(PlatformAnimation, throughTheRealHttpPathTheJibPointsWhereTheReadingSays)
+{
+    PfCraneSimulator simulator;
+    simulator.SetScript({{90.0, 46.0}});
+    ASSERT_TRUE(simulator.Listen(0));
+    PfPlatformReadingClient client;
+    client.SetEndpoint(QUrl(QStringLiteral("http://127.0.0.1:%1/").arg(simulator.Port())));
+    QObject::connect(manager, &KVXPlatformAnimationManager::requestData, &client, &PfPlatformReadingClient::Request);
+    QObject::connect(&client, &PfPlatformReadingClient::ReadingReceived, manager,
+                     &KVXPlatformAnimationManager::setPlatformTowerData);
+    const auto waitForReading = [&] {
+        while (client.IsWaiting())
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
+    };
+    manager->play(); // asks at once
+    waitForReading();
+    frameAt(1.0);
+    // The same reading again: the jib stands at 90 degrees, turned no more.
+    client.Request();
+    waitForReading();
+    frameAt(2.0);
+    EXPECT_NEAR(jibHeading(), 90.0, 1e-3);
+
+    // From straight above: the jib's lattice runs north of the mast, not east.
+    vpe::CRefPtr<vpe::CCamera> above = new vpe::CCamera;
+    above->SetProjectionType(vpe::CCamera::Orthographic);
+    above->SetPosition({20000.0f, 6000.0f, 200000.0f});
+    above->SetDirection({0.0f, 0.0f, -1.0f});
+    above->SetUpDirection({0.0f, 1.0f, 0.0f});
+    above->SetOrthoWindowHeight(100000.0f);
+    QImage picture;
+    ASSERT_TRUE(viewer->RenderImage(*above, 200, 200, picture));
+    const auto craneColoured = [&picture](int x, int y) {
+        const QRgb c = picture.pixel(x, y);
+        return qRed(c) > 120 && qGreen(c) > 80 && qBlue(c) < 90;
+    };
+    int north = 0, east = 0;
+    for (int along = 20; along < 70; ++along) {
+        north += craneColoured(100, 100 - along) || craneColoured(99, 100 - along) || craneColoured(101, 100 - along);
+        east += craneColoured(100 + along, 100) || craneColoured(100 + along, 99) || craneColoured(100 + along, 101);
+    }
+    EXPECT_GT(north, 40) << "the jib along the reported 90 degrees";
+    EXPECT_LT(east, 5);
+    // The upper works stand on the mast cut at the reported 46 m.
+    EXPECT_NEAR(raise(), 46000.0 - 60000.0, 1e-6);
 }
 
 TEST(LiveCraneFilm, filmsTheCranesFollowingTheSimulatedPlatform)
