@@ -79,7 +79,13 @@ KVXAnimationPropertyForm::KVXAnimationPropertyForm() : QWidget(nullptr)
     m_undoFollower = std::make_unique<UndoFollower>(this);
 }
 
-KVXAnimationPropertyForm::~KVXAnimationPropertyForm() { finishTyping(); }
+KVXAnimationPropertyForm::~KVXAnimationPropertyForm()
+{
+    finishTyping();
+    // A window that took the form into a dock may delete it.
+    if (s_instance == this)
+        s_instance = nullptr;
+}
 
 void KVXAnimationPropertyForm::setAnimation(KVXAnimation* animation)
 {

@@ -47,7 +47,12 @@ KVXAnimationSequenceForm::KVXAnimationSequenceForm() : QWidget(nullptr), m_model
     });
 }
 
-KVXAnimationSequenceForm::~KVXAnimationSequenceForm() = default;
+KVXAnimationSequenceForm::~KVXAnimationSequenceForm()
+{
+    // A window that took the form into a dock may delete it.
+    if (m_pInstance == this)
+        m_pInstance = nullptr;
+}
 
 void KVXAnimationSequenceForm::initUI()
 {

@@ -1,0 +1,31 @@
+// The module's pages for the application's main window, registered when the
+// module's library is loaded and taken back when it is unloaded.
+
+#include "KVXAnimationPropertyForm.h"
+#include "KVXAnimationSequenceForm.h"
+
+#include "host/model/PfUiPages.h"
+
+namespace {
+
+struct FormPages {
+    FormPages()
+    {
+        PfUiPages::Register({QStringLiteral("kvx_animation_sequence"), QStringLiteral("动画序列"), [] {
+                                 KVXAnimationSequenceForm* form = KVXAnimationSequenceForm::getInstance();
+                                 form->updateData();
+                                 return static_cast<QWidget*>(form);
+                             }});
+        PfUiPages::Register({QStringLiteral("kvx_animation_property"), QStringLiteral("动画属性"),
+                             [] { return static_cast<QWidget*>(KVXAnimationPropertyForm::getInstance()); }});
+    }
+    ~FormPages()
+    {
+        PfUiPages::Unregister(QStringLiteral("kvx_animation_sequence"));
+        PfUiPages::Unregister(QStringLiteral("kvx_animation_property"));
+    }
+};
+
+const FormPages registered;
+
+} // namespace

@@ -1,0 +1,33 @@
+// kvxapp [FILE.kvx]: the desktop application.
+
+#include "KvxMainWindow.h"
+#include "host/model/PfHostClasses.h"
+#include "host/rx/PfRxModuleLoader.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+
+int main(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("KVX"));
+    QApplication::setApplicationName(QStringLiteral("kvxapp"));
+    PfHostRegisterClasses();
+    // The animation module beside the application, as for the command line.
+    PfRxModuleLoader module;
+    const QString modulePath =
+        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../lib/libkvxanimation.so"));
+    if (QFileInfo::exists(modulePath))
+        module.Load(modulePath);
+    int code = 0;
+    {
+        KvxMainWindow window;
+        const QStringList arguments = QApplication::arguments();
+        if (arguments.size() > 1)
+            window.OpenDocument(arguments.at(1));
+        window.show();
+        code = QApplication::exec();
+    }
+    return code;
+}

@@ -1,0 +1,113 @@
+#include "animation/KVXAnimatorManager.h"
+#include "forms/KVXAnimationModel.h"
+#include "forms/KVXAnimationPropertyForm.h"
+#include "forms/KVXAnimationSequenceForm.h"
+#include "host/app/KvxMainWindow.h"
+#include "host/app/PfQtView.h"
+#include "host/db/PfDocManager.h"
+
+#include "tests/support/CommandLineRun.h"
+#include "tests/support/ModuleEnvironment.h"
+#include "tests/support/QtPrinters.h"
+
+#include <QAction>
+#include <QDir>
+#include <QDockWidget>
+#include <QLineEdit>
+#include <QSettings>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// The application's window on the demo site.
+class MainWindow : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        QCoreApplication::setOrganizationName(QStringLiteral("KVX-tests"));
+        QCoreApplication::setApplicationName(QStringLiteral("tst_main_window"));
+        QSettings().clear();
+        ASSERT_EQ(runCommandLine({"demo-site", "--out", site}).code, 0);
+    }
+    void TearDown() override { PfDocManagerPtr()->CloseAll(); }
+    static void waitForFrame(KvxMainWindow& window)
+    {
+        for (int i = 0; i < 200 && window.View()->FrameCount() == 0; ++i)
+            QTest::qWait(10);
+    }
+    static void keep(QWidget& widget, const char* name)
+    {
+        if (qEnvironmentVariableIsSet("KVX_TEST_PICTURES"))
+            widget.grab().save(QDir(qEnvironmentVariable("KVX_TEST_PICTURES")).filePath(QLatin1String(name)));
+    }
+
+    QTemporaryDir folder;
+    const QString site = folder.filePath(QStringLiteral("site.kvx"));
+};
+
+TEST_F(MainWindow, opensADocumentWithTheModulesPagesAndUndoesAnEdit)
+{
+    KvxMainWindow window;
+    ASSERT_TRUE(window.OpenDocument(site));
+    window.show();
+    waitForFrame(window);
+    EXPECT_GT(window.View()->FrameCount(), 0);
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("site.kvx — KVX"));
+    for (const char* page : {"kvx_animation_sequence", "kvx_animation_property"})
+        ASSERT_NE(window.Page(QLatin1String(page)), nullptr) << page;
+    keep(window, "main_window_opened.png");
+
+    // The list shows the schedule; a click opens a record in the form.
+    KVXAnimationSequenceForm* list = KVXAnimationSequenceForm::getInstance();
+    ASSERT_EQ(list->model()->rowCount(), 26);
+    QTableView* table = list->tableView();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(table->model()->index(10, 1)).center());
+    KVXAnimationPropertyForm* properties = KVXAnimationPropertyForm::getInstance();
+    KVXAnimation* record = properties->getAnimation();
+    ASSERT_NE(record, nullptr);
+    const int days = record->getDurationDays();
+    properties->durationEdit()->selectAll();
+    QTest::keyClicks(properties->durationEdit(), "9");
+    QTest::keyClick(properties->durationEdit(), Qt::Key_Return);
+    EXPECT_EQ(record->getDurationDays(), 9);
+    window.RefreshTitle();
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("site.kvx* — KVX"));
+    keep(window, "main_window_edited.png");
+
+    window.UndoAction()->trigger();
+    EXPECT_EQ(record->getDurationDays(), days);
+    EXPECT_EQ(properties->getDurationTime(), QString::number(days));
+    window.RedoAction()->trigger();
+    EXPECT_EQ(record->getDurationDays(), 9);
+
+    const QString copy = folder.filePath(QStringLiteral("copy.kvx"));
+    ASSERT_TRUE(window.SaveDocument(copy));
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("copy.kvx — KVX"));
+    const int number = record->getNumber();
+    ASSERT_TRUE(window.OpenDocument(copy));
+    KVXAnimation* reopened = KVXAnimatorManager::getInstance()->findKVXAnimation(number);
+    ASSERT_NE(reopened, nullptr);
+    EXPECT_EQ(reopened->getDurationDays(), 9);
+    window.close();
+}
+
+TEST_F(MainWindow, theLayoutOfThePagesIsKeptBetweenRuns)
+{
+    {
+        KvxMainWindow window;
+        window.show();
+        window.Page(QStringLiteral("kvx_animation_property"))->close();
+        window.close();
+    }
+    KvxMainWindow again;
+    again.show();
+    EXPECT_FALSE(again.Page(QStringLiteral("kvx_animation_property"))->isVisible());
+    EXPECT_TRUE(again.Page(QStringLiteral("kvx_animation_sequence"))->isVisible());
+    again.close();
+}
+
+} // namespace
