@@ -99,6 +99,8 @@ void KvxMainWindow::display(PfDbDocument* document, const QString& path)
     // until it is gone.
     m_view = new PfQtView(model->GetViewer(), this);
     setCentralWidget(m_view);
+    connect(m_view, &PfQtView::clicked, this, &KvxMainWindow::SelectAt);
+    connect(m_view, &PfQtView::escapePressed, this, &KvxMainWindow::ClearSelection);
     m_savedChanges = document->GetDatabase()->TransactionManager()->GetChangeCount();
     ShowFrom(QStringLiteral("overview"));
     // The pages show the new document.
@@ -184,6 +186,35 @@ void KvxMainWindow::Redo()
     if (m_view)
         m_view->GetViewer()->SetDirty();
     RefreshTitle();
+}
+
+void KvxMainWindow::SelectAt(const QPoint& pixel, Qt::KeyboardModifiers modifiers)
+{
+    auto* model = m_document ? dynamic_cast<PfGsModelView*>(m_document->GetActiveView()) : nullptr;
+    if (!model || !m_view)
+        return;
+    const PfDbHandle hit = model->PickAt(pixel, m_view->size());
+    PfDbSelectionSet& selection = m_document->GetSelectionSet();
+    if (!(modifiers & Qt::ControlModifier))
+        selection.Clear();
+    if (hit != kPfDbNullHandle && !selection.Add(hit))
+        selection.Remove(hit);
+    selectionChanged();
+}
+
+void KvxMainWindow::ClearSelection()
+{
+    if (!m_document || m_document->GetSelectionSet().IsEmpty())
+        return;
+    m_document->GetSelectionSet().Clear();
+    selectionChanged();
+}
+
+void KvxMainWindow::selectionChanged()
+{
+    if (auto* model = dynamic_cast<PfGsModelView*>(m_document->GetActiveView()))
+        model->SetHighlighted(m_document->GetSelectionSet().Ids());
+    ZUpdater::SelectionChanged(m_document);
 }
 
 void KvxMainWindow::ShowFrom(const QString& preset)

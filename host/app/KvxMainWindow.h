@@ -40,6 +40,10 @@ public slots:
     // The camera on one of the named sides, the whole model in view.
     void ShowFrom(const QString& preset);
     void RefreshTitle();
+    // The element under a pixel of the view selected (added with Ctrl,
+    // toggled if it is selected already); nothing there clears.
+    void SelectAt(const QPoint& pixel, Qt::KeyboardModifiers modifiers);
+    void ClearSelection();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -53,6 +57,8 @@ private:
     void saveAs();
     // Asks before changes would be lost; false when the user keeps them.
     bool mayDiscardChanges();
+    // Shows the selection highlighted and tells the host's observers.
+    void selectionChanged();
 
     PfDbDocument* m_document = nullptr;
     PfQtView* m_view = nullptr;

@@ -5,6 +5,8 @@
 
 #include <QCoreApplication>
 #include <QPainter>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QResizeEvent>
 
 namespace {
@@ -16,6 +18,7 @@ PfQtView::PfQtView(vpe::CViewer* viewer, QWidget* parent) : QWidget(parent), m_v
 {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(64, 64);
+    setFocusPolicy(Qt::StrongFocus);
     m_pollTimer = startTimer(kPollMilliseconds);
 }
 
@@ -74,4 +77,28 @@ void PfQtView::timerEvent(QTimerEvent* event)
     if (event->timerId() == m_pollTimer && isVisible() && wantsFrame())
         RequestRedraw();
     QWidget::timerEvent(event);
+}
+
+void PfQtView::mousePressEvent(QMouseEvent* event)
+{
+    m_pressedAt = event->pos();
+    setFocus();
+    QWidget::mousePressEvent(event);
+}
+
+void PfQtView::mouseReleaseEvent(QMouseEvent* event)
+{
+    // A press and release a few pixels apart is still a click.
+    if (event->button() == Qt::LeftButton && (event->pos() - m_pressedAt).manhattanLength() <= 3)
+        emit clicked(event->pos(), event->modifiers());
+    QWidget::mouseReleaseEvent(event);
+}
+
+void PfQtView::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        emit escapePressed();
+        return;
+    }
+    QWidget::keyPressEvent(event);
 }

@@ -29,11 +29,19 @@ public:
     // How many frames were drawn so far.
     int FrameCount() const { return m_frameCount; }
 
+signals:
+    // A click (pressed and released without moving) at a pixel of the view.
+    void clicked(const QPoint& pixel, Qt::KeyboardModifiers modifiers);
+    void escapePressed();
+
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void timerEvent(QTimerEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     bool wantsFrame() const;
@@ -44,4 +52,5 @@ private:
     int m_frameCount = 0;
     int m_pollTimer = 0;
     bool m_redrawPosted = false;
+    QPoint m_pressedAt;
 };

@@ -6,6 +6,13 @@
 #include "host/db/PfDbDocument.h"
 #include "host/rx/PfRxClass.h"
 #include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CCamera.h"
+
+#include <osg/Material>
+#include <osgUtil/IntersectionVisitor>
+#include <osgUtil/LineSegmentIntersector>
+
+#include <algorithm>
 
 PFRX_DEFINE_HOST_MEMBERS(PfGsModelView, PfDbDatabaseReactor, nullptr)
 
@@ -81,7 +88,62 @@ void PfGsModelView::Redraw(PfDbObject* object)
     node->setName(QString::fromStdWString(element->GetName()).toStdString());
     m_viewer->GetScene()->GetRootNode()->addChild(node);
     m_nodes.emplace(object->GetHandle(), node);
+    if (std::find(m_highlighted.begin(), m_highlighted.end(), object->GetHandle()) != m_highlighted.end())
+        highlight(node.get(), true);
     m_viewer->SetDirty();
+}
+
+PfDbHandle PfGsModelView::PickAt(const QPointF& pixel, const QSize& size) const
+{
+    if (size.isEmpty())
+        return kPfDbNullHandle;
+    const vpe::CCamera* camera = m_viewer->GetCamera();
+    const osg::Matrixd toWorld = osg::Matrixd::inverse(
+        camera->GetViewMatrix() * camera->GetProjectionMatrix(double(size.width()) / double(size.height())));
+    // The pixel's line of sight, from the near plane to the far one.
+    const double x = 2.0 * pixel.x() / size.width() - 1.0;
+    const double y = 1.0 - 2.0 * pixel.y() / size.height();
+    osg::ref_ptr<osgUtil::LineSegmentIntersector> line =
+        new osgUtil::LineSegmentIntersector(osg::Vec3d(x, y, -1.0) * toWorld, osg::Vec3d(x, y, 1.0) * toWorld);
+    osgUtil::IntersectionVisitor visit(line.get());
+    m_viewer->GetScene()->GetRootNode()->accept(visit);
+    if (!line->containsIntersections())
+        return kPfDbNullHandle;
+    // The nearest hit, filed under the object whose node holds it.
+    const osg::NodePath& path = line->getFirstIntersection().nodePath;
+    for (auto node = path.rbegin(); node != path.rend(); ++node)
+        for (const auto& drawn : m_nodes)
+            if (drawn.second.get() == *node)
+                return drawn.first;
+    return kPfDbNullHandle;
+}
+
+void PfGsModelView::SetHighlighted(const std::vector<PfDbHandle>& handles)
+{
+    for (PfDbHandle handle : m_highlighted)
+        if (auto it = m_nodes.find(handle); it != m_nodes.end())
+            highlight(it->second.get(), false);
+    m_highlighted = handles;
+    for (PfDbHandle handle : m_highlighted)
+        if (auto it = m_nodes.find(handle); it != m_nodes.end())
+            highlight(it->second.get(), true);
+    m_viewer->SetDirty();
+}
+
+void PfGsModelView::highlight(osg::Node* node, bool on)
+{
+    // The selection's blue over the element's own colours.
+    static const osg::ref_ptr<osg::Material> selected = [] {
+        osg::ref_ptr<osg::Material> material = new osg::Material;
+        material->setDiffuse(osg::Material::FRONT_AND_BACK, osg::Vec4(0.32f, 0.56f, 0.92f, 1.0f));
+        material->setAmbient(osg::Material::FRONT_AND_BACK, osg::Vec4(0.32f, 0.56f, 0.92f, 1.0f));
+        return material;
+    }();
+    if (on)
+        node->getOrCreateStateSet()->setAttributeAndModes(selected.get(),
+                                                          osg::StateAttribute::ON | osg::StateAttribute::OVERRIDE);
+    else if (node->getStateSet())
+        node->getStateSet()->removeAttribute(osg::StateAttribute::MATERIAL);
 }
 
 void PfGsModelView::objectAppended(const PfDbDatabase*, const PfDbObject* object)

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QPointF>
+#include <QSize>
+
 #include "host/db/PfDbDatabaseReactor.h"
 #include "host/db/PfGsView.h"
 #include "host/vpe/core/CReferenced.h"
@@ -7,6 +10,7 @@
 #include <osg/Node>
 
 #include <unordered_map>
+#include <vector>
 
 class PfDbDocument;
 class PfDbObject;
@@ -32,6 +36,11 @@ public:
     void Regenerate() override;
     // Draws one object again (or removes its node when it draws nothing).
     void Redraw(PfDbObject* object);
+    // The object drawn nearest the eye at a pixel of a picture of that size
+    // from the viewer's camera; the null handle where nothing is drawn.
+    PfDbHandle PickAt(const QPointF& pixel, const QSize& size) const;
+    // The objects drawn in the selection's colour; the others as they are.
+    void SetHighlighted(const std::vector<PfDbHandle>& handles);
 
     void objectAppended(const PfDbDatabase* database, const PfDbObject* object) override;
     void objectErased(const PfDbDatabase* database, const PfDbObject* object, bool erasing) override;
@@ -40,9 +49,11 @@ public:
 
 private:
     void removeNode(PfDbHandle handle);
+    static void highlight(osg::Node* node, bool on);
 
     PfDbDocument* m_document;
     PfDbDatabase* m_database;
     vpe::CRefPtr<vpe::CViewer> m_viewer;
     std::unordered_map<PfDbHandle, osg::ref_ptr<osg::Node>> m_nodes;
+    std::vector<PfDbHandle> m_highlighted;
 };

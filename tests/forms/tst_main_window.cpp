@@ -4,7 +4,13 @@
 #include "forms/KVXAnimationSequenceForm.h"
 #include "host/app/KvxMainWindow.h"
 #include "host/app/PfQtView.h"
+#include "host/db/PfDbDatabase.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbObjContainer.h"
 #include "host/db/PfDocManager.h"
+#include "host/model/KVX3DElementObject.h"
+#include "host/vpe/render/CViewer.h"
+#include "host/vpe/scene/CCamera.h"
 
 #include "tests/support/CommandLineRun.h"
 #include "tests/support/ModuleEnvironment.h"
@@ -92,6 +98,58 @@ TEST_F(MainWindow, opensADocumentWithTheModulesPagesAndUndoesAnEdit)
     KVXAnimation* reopened = KVXAnimatorManager::getInstance()->findKVXAnimation(number);
     ASSERT_NE(reopened, nullptr);
     EXPECT_EQ(reopened->getDurationDays(), 9);
+    window.close();
+}
+
+TEST_F(MainWindow, clickingAnElementSelectsItAndTheListFollows)
+{
+    KvxMainWindow window;
+    ASSERT_TRUE(window.OpenDocument(site));
+    window.show();
+    waitForFrame(window);
+    PfQtView* view = window.View();
+    // Where the middle of a storey's top face is on the screen.
+    const auto pixelOfTop = [&](const wchar_t* name, PfDbHandle& handle) {
+        for (PfDbObject* object : *window.Document()->GetDatabase()->GetModelSpace())
+            if (auto* element = KVX3DElementObject::Cast(object); element && element->GetName() == name) {
+                handle = object->GetHandle();
+                const osg::BoundingBoxd box = element->GetFirstBody()->GetBoundingBox();
+                const vpe::CCamera* camera = view->GetViewer()->GetCamera();
+                const osg::Vec3d onScreen =
+                    osg::Vec3d(box.center().x(), box.center().y(), box.zMax()) * camera->GetViewMatrix() *
+                    camera->GetProjectionMatrix(double(view->width()) / view->height());
+                return QPoint(int((onScreen.x() + 1) / 2 * view->width()), int((1 - onScreen.y()) / 2 * view->height()));
+            }
+        return QPoint();
+    };
+    PfDbHandle top1 = 0, top3 = 0;
+    const QPoint at1 = pixelOfTop(L"1号楼 6层", top1);
+    const QPoint at3 = pixelOfTop(L"3号楼 10层", top3);
+    QAbstractItemModel* rows = KVXAnimationSequenceForm::getInstance()->tableView()->model();
+    const auto listed = [rows] {
+        QStringList names;
+        for (int row = 0; row < rows->rowCount(); ++row)
+            names << rows->index(row, 1).data().toString();
+        return names;
+    };
+
+    QTest::mouseClick(view, Qt::LeftButton, {}, at1);
+    EXPECT_EQ(window.Document()->GetSelectionSet().Ids(), std::vector<PfDbHandle>{top1});
+    EXPECT_EQ(listed(), QStringList{QStringLiteral("1号楼 6层")});
+    QTest::mouseClick(view, Qt::LeftButton, Qt::ControlModifier, at3);
+    EXPECT_EQ(listed(), (QStringList{QStringLiteral("1号楼 6层"), QStringLiteral("3号楼 10层")}));
+    // Drawn in the selection's blue.
+    view->GetViewer()->SetDirty();
+    const int drawn = view->FrameCount();
+    for (int i = 0; i < 200 && view->FrameCount() == drawn; ++i)
+        QTest::qWait(10);
+    const QColor colour = view->LastFrame().pixelColor(at1);
+    EXPECT_GT(colour.blue(), colour.red() + 40) << colour.name().toStdString();
+    keep(window, "main_window_selected.png");
+
+    QTest::keyClick(view, Qt::Key_Escape);
+    EXPECT_TRUE(window.Document()->GetSelectionSet().IsEmpty());
+    EXPECT_EQ(rows->rowCount(), 26);
     window.close();
 }
 

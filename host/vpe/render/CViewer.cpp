@@ -190,15 +190,7 @@ void CViewer::applyCamera(const CCamera& camera, int width, int height, bool tra
 {
     osg::Camera* view = m_sceneCamera.get();
     view->setViewMatrix(camera.GetViewMatrix());
-    const double aspect = double(width) / double(height);
-    if (camera.GetProjectionType() == CCamera::Orthographic) {
-        const double half = camera.GetOrthoWindowHeight() * 0.5;
-        view->setProjectionMatrixAsOrtho(-half * aspect, half * aspect, -half, half, camera.GetNearDistance(),
-                                         camera.GetFarDistance());
-    } else {
-        view->setProjectionMatrixAsPerspective(camera.GetFieldOfView(), aspect, camera.GetNearDistance(),
-                                               camera.GetFarDistance());
-    }
+    view->setProjectionMatrix(camera.GetProjectionMatrix(double(width) / double(height)));
     view->setClearColor(osg::Vec4(m_background.redF(), m_background.greenF(), m_background.blueF(),
                                   transparentBackground ? 0.0f : 1.0f));
 }

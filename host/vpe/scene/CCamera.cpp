@@ -77,4 +77,13 @@ CMatrix4<double> CCamera::GetViewMatrix() const
     return CMatrix4<double>::lookAt(eye, eye + CVec3<double>(m_direction), CVec3<double>(m_up));
 }
 
+CMatrix4<double> CCamera::GetProjectionMatrix(double aspect) const
+{
+    if (m_projectionType == Orthographic) {
+        const double half = m_orthoHeight * 0.5;
+        return CMatrix4<double>::ortho(-half * aspect, half * aspect, -half, half, m_near, m_far);
+    }
+    return CMatrix4<double>::perspective(m_fieldOfView, aspect, m_near, m_far);
+}
+
 } // namespace vpe

@@ -55,6 +55,8 @@ public:
     // Looks from the eye along the direction with the up direction, as a
     // view matrix in the row-vector convention.
     CMatrix4<double> GetViewMatrix() const;
+    // The projection for a picture of that width over height.
+    CMatrix4<double> GetProjectionMatrix(double aspect) const;
 
 protected:
     ~CCamera() override = default;
