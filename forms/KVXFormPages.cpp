@@ -3,6 +3,7 @@
 
 #include "KVXAnimationPropertyForm.h"
 #include "KVXAnimationSequenceForm.h"
+#include "KVXConstructionPage.h"
 
 #include "host/model/PfUiPages.h"
 
@@ -18,11 +19,15 @@ struct FormPages {
                              }});
         PfUiPages::Register({QStringLiteral("kvx_animation_property"), QStringLiteral("动画属性"),
                              [] { return static_cast<QWidget*>(KVXAnimationPropertyForm::getInstance()); }});
+        PfUiPages::Register({QStringLiteral("kvx_virtual_construction"), QStringLiteral("虚拟建造"),
+                             [] { return static_cast<QWidget*>(new KVXConstructionPage); },
+                             Qt::BottomDockWidgetArea});
     }
     ~FormPages()
     {
         PfUiPages::Unregister(QStringLiteral("kvx_animation_sequence"));
         PfUiPages::Unregister(QStringLiteral("kvx_animation_property"));
+        PfUiPages::Unregister(QStringLiteral("kvx_virtual_construction"));
     }
 };
 

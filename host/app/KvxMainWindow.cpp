@@ -84,7 +84,7 @@ void KvxMainWindow::createPages()
         auto* dock = new QDockWidget(page.title, this);
         dock->setObjectName(page.id);
         dock->setWidget(page.make());
-        addDockWidget(Qt::RightDockWidgetArea, dock);
+        addDockWidget(page.area, dock);
     }
 }
 

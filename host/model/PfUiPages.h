@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <Qt>
 
 #include <functional>
 #include <vector>
@@ -18,6 +19,8 @@ public:
         QString id;
         QString title;
         std::function<QWidget*()> make;
+        // Where its dock goes first.
+        Qt::DockWidgetArea area = Qt::RightDockWidgetArea;
     };
 
     static void Register(const Page& page);

@@ -2,6 +2,8 @@
 #include "forms/KVXAnimationModel.h"
 #include "forms/KVXAnimationPropertyForm.h"
 #include "forms/KVXAnimationSequenceForm.h"
+#include "forms/KVXConstructionPage.h"
+#include "forms/KVXDateTimeLineWidget.h"
 #include "host/app/KvxMainWindow.h"
 #include "host/app/PfQtView.h"
 #include "host/db/PfDbDatabase.h"
@@ -13,12 +15,16 @@
 #include "host/vpe/scene/CCamera.h"
 
 #include "tests/support/CommandLineRun.h"
+#include "tests/support/ModalAnswer.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
 
 #include <QAction>
 #include <QDir>
+#include <QDateEdit>
 #include <QDockWidget>
+#include <QLabel>
+#include <QPushButton>
 #include <QLineEdit>
 #include <QSettings>
 #include <QTableView>
@@ -63,7 +69,7 @@ TEST_F(MainWindow, opensADocumentWithTheModulesPagesAndUndoesAnEdit)
     waitForFrame(window);
     EXPECT_GT(window.View()->FrameCount(), 0);
     EXPECT_EQ(window.windowTitle(), QStringLiteral("site.kvx — KVX"));
-    for (const char* page : {"kvx_animation_sequence", "kvx_animation_property"})
+    for (const char* page : {"kvx_animation_sequence", "kvx_animation_property", "kvx_virtual_construction"})
         ASSERT_NE(window.Page(QLatin1String(page)), nullptr) << page;
     keep(window, "main_window_opened.png");
 
@@ -151,6 +157,49 @@ TEST_F(MainWindow, clickingAnElementSelectsItAndTheListFollows)
     EXPECT_TRUE(window.Document()->GetSelectionSet().IsEmpty());
     EXPECT_EQ(rows->rowCount(), 26);
     window.close();
+}
+
+TEST_F(MainWindow, theConstructionPagePlaysScrubsAndCountsConflicts)
+{
+    KvxMainWindow window;
+    ASSERT_TRUE(window.OpenDocument(site));
+    window.show();
+    waitForFrame(window);
+    auto* page = qobject_cast<KVXConstructionPage*>(window.Page(QStringLiteral("kvx_virtual_construction"))->widget());
+    ASSERT_NE(page, nullptr);
+    EXPECT_EQ(page->conflicts()->text(), QStringLiteral("冲突: 0"));
+    EXPECT_EQ(page->timeline()->GetIndicator(), QDate(2025, 3, 3)) << "the document's schedule, not today";
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    QTest::mouseClick(page->button(QStringLiteral("播放")), Qt::LeftButton);
+    EXPECT_EQ(schedule->getPlayState(), 1);
+    QTest::mouseClick(page->button(QStringLiteral("暂停")), Qt::LeftButton);
+    EXPECT_EQ(schedule->getPlayState(), 2);
+    QTest::mouseClick(page->button(QStringLiteral("停止")), Qt::LeftButton);
+    EXPECT_EQ(schedule->getPlayState(), 0);
+    // Scrubbing the timeline shows that day, paused there.
+    emit page->timeline()->indicatorChanged(QDate(2025, 3, 20));
+    EXPECT_EQ(schedule->getPlayState(), 2);
+    schedule->stop();
+    // A record moved onto another of its element's days is a conflict.
+    KVXAnimation* second = schedule->findKVXAnimation(12);
+    KVXAnimationPropertyForm* properties = KVXAnimationPropertyForm::getInstance();
+    properties->setAnimation(second);
+    properties->updateData();
+    properties->startDateEdit()->setDate(QDate(2025, 3, 8));
+    EXPECT_EQ(page->conflicts()->text(), QStringLiteral("冲突: 0")) << "another storey's days";
+    second->setObjId(schedule->findKVXAnimation(11)->getObjId());
+    properties->startDateEdit()->setDate(QDate(2025, 3, 9));
+    EXPECT_NE(page->conflicts()->text(), QStringLiteral("冲突: 0"));
+    // Closing asks before the changes are lost: they are.
+    QString asked;
+    const ModalAnswer discard([&asked](QWidget* modal) {
+        auto* box = qobject_cast<QMessageBox*>(modal);
+        asked = box ? box->text() : QString();
+        if (box)
+            box->button(QMessageBox::Discard)->click();
+    });
+    window.close();
+    EXPECT_EQ(asked, QStringLiteral("文档已修改，是否保存？"));
 }
 
 TEST_F(MainWindow, theLayoutOfThePagesIsKeptBetweenRuns)
