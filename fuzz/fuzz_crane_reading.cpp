@@ -1,11 +1,12 @@
 // Fuzz target: a live crane reading from the monitoring platform, any bytes.
 // The manager takes in what is a reading and ignores the rest; the reading
-// it keeps is always finite or untouched.
+// it keeps always holds finite numbers.
 
 #include "animation/KVXPlatformAnimationManager.h"
 
 #include <QByteArray>
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -15,7 +16,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     KVXPlatformAnimationManager* manager = KVXPlatformAnimationManager::getInstance();
     manager->setPlatformTowerData(QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size)));
     const KVXPlatformTowerAnimationData& reading = manager->getCurrentData();
-    if (reading.deviceId.size() > static_cast<int>(size))
-        std::abort(); // nothing is made up
+    if (!std::isfinite(reading.rotation) || !std::isfinite(reading.height) ||
+        !std::isfinite(reading.previousRotation))
+        std::abort();
     return 0;
 }
