@@ -2,6 +2,8 @@
 
 #include "KVXPlatformAnimationManager.h"
 
+#include "keyframe/KVXVideoSettings.h"
+
 #include "host/model/PfGsUtility.h"
 #include "host/model/PfProgressMeter.h"
 #include "host/net/PfPlatformReadingClient.h"
@@ -10,7 +12,6 @@
 #include "host/vpe/scene/CCaption.h"
 #include "host/vpe/video/CVideoMakerFFmpegPlugin.h"
 #include "host/vpe/video/CVideoRecorder.h"
-#include "host/vpe/video/ZVideoFFmpeg.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -35,16 +36,14 @@ Pfad::Error refuse(QString* message, const QString& reason, Pfad::Error code = P
     return code;
 }
 
-bool parseSize(const QString& text, int& width, int& height)
+bool parseSize(const QString& text, KVXLiveCraneFilm::Options& options)
 {
-    const QStringList parts = text.split(QLatin1Char('x'));
-    bool okWidth = false, okHeight = false;
-    if (parts.size() == 2) {
-        width = parts[0].toInt(&okWidth);
-        height = parts[1].toInt(&okHeight);
-    }
-    return okWidth && okHeight && width > 0 && height > 0 && width <= ZVideoFFmpeg::kMaxSide &&
-           height <= ZVideoFFmpeg::kMaxSide;
+    unsigned int width = 0, height = 0;
+    if (!KVXVideoSettings::ParseResolution(text, width, height))
+        return false;
+    options.width = static_cast<int>(width);
+    options.height = static_cast<int>(height);
+    return true;
 }
 
 } // namespace
@@ -77,7 +76,7 @@ Pfad::Error KVXLiveCraneFilm::RunCommand(const QStringList& arguments, QString* 
         else if (word == QLatin1String("caption=off"))
             options.caption = false;
         else if (key == QLatin1String("size"))
-            ok = parseSize(value, options.width, options.height);
+            ok = parseSize(value, options);
         else if (key == QLatin1String("seconds"))
             options.seconds = value.toDouble(&ok), ok = ok && options.seconds > 0.0 && options.seconds <= 3600.0;
         else

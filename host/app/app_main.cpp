@@ -5,8 +5,6 @@
 #include "host/rx/PfRxModuleLoader.h"
 
 #include <QApplication>
-#include <QDir>
-#include <QFileInfo>
 
 int main(int argc, char** argv)
 {
@@ -16,10 +14,7 @@ int main(int argc, char** argv)
     PfHostRegisterClasses();
     // The animation module beside the application, as for the command line.
     PfRxModuleLoader module;
-    const QString modulePath =
-        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../lib/libkvxanimation.so"));
-    if (QFileInfo::exists(modulePath))
-        module.Load(modulePath);
+    module.LoadBesideProgram(QStringLiteral("../lib/libkvxanimation.so"));
     int code = 0;
     {
         KvxMainWindow window;

@@ -3,8 +3,6 @@
 #include "host/rx/PfRxModuleLoader.h"
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFileInfo>
 #include <QTextStream>
 
 int main(int argc, char** argv)
@@ -14,10 +12,7 @@ int main(int argc, char** argv)
     // The animation module, when it is installed beside the host, so that
     // documents with animation records open whole.
     PfRxModuleLoader module;
-    const QString modulePath =
-        QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("../lib/libkvxanimation.so"));
-    if (QFileInfo::exists(modulePath))
-        module.Load(modulePath);
+    module.LoadBesideProgram(QStringLiteral("../lib/libkvxanimation.so"));
     QTextStream out(stdout);
     QTextStream err(stderr);
     out.setCodec("UTF-8");

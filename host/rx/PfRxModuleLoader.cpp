@@ -1,5 +1,9 @@
 #include "PfRxModuleLoader.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+
 PfRxModuleLoader::~PfRxModuleLoader() { Unload(); }
 
 bool PfRxModuleLoader::Load(const QString& path, QString* error)
@@ -43,3 +47,14 @@ int PfRxModuleLoader::Unload()
 }
 
 QString PfRxModuleLoader::FileName() const { return m_library ? m_library->fileName() : QString(); }
+
+bool PfRxModuleLoader::LoadBesideProgram(const QString& relativePath, QString* error)
+{
+    const QString path = QDir(QCoreApplication::applicationDirPath()).filePath(relativePath);
+    if (!QFileInfo::exists(path)) {
+        if (error)
+            *error = QStringLiteral("no module at %1").arg(path);
+        return false;
+    }
+    return Load(path, error);
+}

@@ -21,6 +21,9 @@ public:
     // False with a message when the library cannot be opened, has no entry
     // point, or its entry point answers a non-zero code (it is then unloaded).
     bool Load(const QString& path, QString* error = nullptr);
+    // The module installed beside the program (a path relative to the
+    // program's folder), when it is there; false when it is not or fails.
+    bool LoadBesideProgram(const QString& relativePath, QString* error = nullptr);
     // Sends message 2; answers its result code (0 when nothing is loaded).
     int Unload();
     bool IsLoaded() const { return m_entryPoint != nullptr; }
