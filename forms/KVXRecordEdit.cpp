@@ -2,6 +2,7 @@
 
 #include "animation/KVXAnimation.h"
 #include "host/db/PfDbDatabase.h"
+#include "host/db/PfDbTransaction.h"
 #include "host/db/PfDbTransactionManager.h"
 
 namespace {
@@ -22,7 +23,8 @@ KVXRecordEdit::KVXRecordEdit(KVXAnimation* record) : m_record(record)
     PfDbDatabase* database = record ? record->GetDatabase() : nullptr;
     if (!database)
         return;
-    database->TransactionManager()->StartTransaction();
+    database->TransactionManager()->StartTransaction()->SetName(
+        QStringLiteral("修改动画 %1").arg(record->getNumber()));
     m_inTransaction = true;
     record->AssertWriteEnabled();
 }

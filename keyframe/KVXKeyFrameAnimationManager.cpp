@@ -11,6 +11,7 @@
 #include "animation/KVXAnimatorManager.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
+#include "host/db/PfDbTransaction.h"
 #include "host/db/PfDbTransactionManager.h"
 #include "host/db/PfDocManager.h"
 #include "host/model/PfEdInformation.h"
@@ -436,7 +437,7 @@ QString KVXKeyFrameAnimationManager::CreateKeyFrameAt(int ms, const vpe::CCamera
     if (m_cameraTrack->HasKeyFrameAtTime(ms))
         return QStringLiteral("当前时间已经存在关键帧！");
     PfDbTransactionManager* transactions = transactionsOf(document);
-    transactions->StartTransaction();
+    transactions->StartTransaction()->SetName(QStringLiteral("添加关键帧"));
     KVXCameraKeyFrame* cameraKeyFrame = m_cameraTrack->CreateCameraKeyFrame(ms);
     if (cameraKeyFrame) {
         vpe::CRefPtr<vpe::CCamera> copy = camera.Clone();
@@ -470,7 +471,7 @@ void KVXKeyFrameAnimationManager::DeleteKeyFrame()
         return;
     }
     PfDbTransactionManager* transactions = transactionsOf(document);
-    transactions->StartTransaction();
+    transactions->StartTransaction()->SetName(QStringLiteral("删除关键帧"));
     if (camera && m_cameraTrack)
         m_cameraTrack->RemoveKeyFrame(static_cast<qint64>(camera->GetHandle()));
     if (date && m_dateTrack)
@@ -497,7 +498,7 @@ bool KVXKeyFrameAnimationManager::DeleteKeyFramesAt(int ms)
         return false;
     StopAnimation();
     PfDbTransactionManager* transactions = transactionsOf(document);
-    transactions->StartTransaction();
+    transactions->StartTransaction()->SetName(QStringLiteral("删除关键帧"));
     for (const auto& [track, handle] : doomed)
         track->RemoveKeyFrame(static_cast<qint64>(handle));
     transactions->EndTransaction();

@@ -62,6 +62,9 @@ void PfDbTransaction::record(PfDbObject* object, bool isNew)
 
 void PfDbTransaction::mergeInto(PfDbTransaction& outer)
 {
+    // An unnamed step takes the name of the first named one inside it.
+    if (outer.m_name.isEmpty())
+        outer.m_name = m_name;
     for (Entry& entry : m_entries) {
         if (outer.Touched(entry.handle))
             continue;

@@ -5,6 +5,8 @@
 #include "host/rx/PfRxObject.h"
 #include "host/rx/PfadError.h"
 
+#include <QString>
+
 #include <unordered_map>
 #include <vector>
 
@@ -32,6 +34,9 @@ public:
     std::vector<PfDbObject*> GetObjects() const;
     bool IsEmpty() const { return m_entries.empty(); }
     bool Touched(PfDbHandle handle) const { return m_index.count(handle) != 0; }
+    // What the user did, as the Edit menu names the step ("添加关键帧").
+    const QString& GetName() const { return m_name; }
+    void SetName(const QString& name) { m_name = name; }
 
 private:
     friend class PfDbTransactionManager;
@@ -56,6 +61,7 @@ private:
     void restore(bool before);
 
     PfDbDatabase* m_database;
+    QString m_name;
     std::vector<Entry> m_entries;
     std::unordered_map<PfDbHandle, std::size_t> m_index;
 };

@@ -120,6 +120,10 @@ std::vector<PfDbTransaction*> PfDbTransactionManager::replay(Steps& from, Steps&
     return replayed;
 }
 
+QString PfDbTransactionManager::UndoName() const { return m_undo.empty() ? QString() : m_undo.back()->GetName(); }
+
+QString PfDbTransactionManager::RedoName() const { return m_redo.empty() ? QString() : m_redo.back()->GetName(); }
+
 void PfDbTransactionManager::ClearUndoHistory()
 {
     m_undo.clear();

@@ -2,6 +2,8 @@
 
 #include "host/rx/PfadError.h"
 
+#include <QString>
+
 #include <memory>
 #include <vector>
 
@@ -36,6 +38,10 @@ public:
     void ClearUndoHistory();
     std::size_t UndoSteps() const { return m_undo.size(); }
     std::size_t RedoSteps() const { return m_redo.size(); }
+    // The names of the steps that Undo and Redo would replay; empty when
+    // there is none or it has no name.
+    QString UndoName() const;
+    QString RedoName() const;
 
     void AddReactor(PfDbTransactionReactor* reactor);
     void RemoveReactor(PfDbTransactionReactor* reactor);

@@ -246,6 +246,25 @@ TEST_F(Transactions, nestedTransactionsFoldIntoOneStep)
     EXPECT_TRUE(added->IsErased());
 }
 
+TEST_F(Transactions, stepsAreNamedByTheirOutermostNamedTransaction)
+{
+    const auto change = [this](const char* outer, const char* inner) {
+        manager()->StartTransaction()->SetName(QString::fromUtf8(outer));
+        manager()->StartTransaction()->SetName(QString::fromUtf8(inner));
+        crane->AssertWriteEnabled();
+        crane->SetTowerHeight(crane->GetTowerHeight() + 1000);
+        manager()->EndTransaction();
+        manager()->EndTransaction();
+    };
+    EXPECT_EQ(manager()->UndoName(), QString());
+    change("升高塔吊", "修改高度");
+    change("", "修改高度");
+    EXPECT_EQ(manager()->UndoName(), QStringLiteral("修改高度")) << "an unnamed step takes its inner name";
+    manager()->Undo();
+    EXPECT_EQ(manager()->UndoName(), QStringLiteral("升高塔吊"));
+    EXPECT_EQ(manager()->RedoName(), QStringLiteral("修改高度"));
+}
+
 TEST_F(Transactions, undoIsRefusedWhileATransactionIsOpen)
 {
     manager()->StartTransaction();
