@@ -281,9 +281,16 @@ void KVXAnimatorManager::attachDatabase(PfDbDatabase* database)
         m_database->AddReactor(this);
 }
 
-void KVXAnimatorManager::objectErased(const PfDbDatabase*, const PfDbObject* object, bool erasing)
+void KVXAnimatorManager::objectErased(const PfDbDatabase* database, const PfDbObject* object, bool erasing)
 {
-    if (!erasing || !object)
+    if (!object)
+        return;
+    if (const KVXAnimation* record = KVXAnimation::Cast(object)) {
+        if (database == m_database)
+            followRecordErased(const_cast<KVXAnimation*>(record), erasing);
+        return;
+    }
+    if (!erasing)
         return;
     if (!KVXElementObject::Cast(object) && !KVX3dsBaseObject::Cast(object))
         return;
@@ -292,6 +299,32 @@ void KVXAnimatorManager::objectErased(const PfDbDatabase*, const PfDbObject* obj
         return;
     if (deleteAnimationByObjId(static_cast<qint64>(handle)))
         emit dataChangedSignal();
+}
+
+void KVXAnimatorManager::followRecordErased(KVXAnimation* record, bool erasing)
+{
+    const auto listed = m_animationsByNumber.find(record->getNumber());
+    const bool isListed = listed != m_animationsByNumber.end() && listed->second == record;
+    if (erasing == !isListed)
+        return;
+    if (erasing) {
+        deleteSign(record->getNumber());
+        m_animationsByNumber.erase(listed);
+        unindexRecord(record);
+        m_animations.erase(std::remove(m_animations.begin(), m_animations.end(), record), m_animations.end());
+    } else {
+        // Back in creation order, which numbers follow.
+        auto place = std::find_if(m_animations.begin(), m_animations.end(), [record](const KVXAnimation* each) {
+            return each->getNumber() > record->getNumber();
+        });
+        m_animations.insert(place, record);
+        m_animationsByNumber[record->getNumber()] = record;
+        // The element index is remade on its next use, in list order.
+        m_indexedElementChanges = ~KVXAnimation::ElementChanges();
+        m_newNumber = std::max(m_newNumber, record->getNumber());
+        addSignToScence(record->getNumber());
+    }
+    emit dataChangedSignal();
 }
 
 void KVXAnimatorManager::goodbye(const PfDbDatabase* database)

@@ -151,6 +151,9 @@ private:
     // changed since the index was made.
     void ensureElementIndex() const;
     void removeFromDocument(KVXAnimation* record);
+    // An undo or redo that erases or brings back a record's object takes it
+    // out of the schedule or puts it back in its place.
+    void followRecordErased(KVXAnimation* record, bool erasing);
     void clearVPEAnimations();
     void createPlayAnimations();
     void initScene();

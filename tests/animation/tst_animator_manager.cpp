@@ -158,12 +158,43 @@ TEST_F(AnimatorManager, erasingAnElementDropsItsRecordsWithOneSignal)
     EXPECT_EQ(changed.count(), 1);
     EXPECT_EQ(manager->getAnimationVector(), (Records{record}));
 
-    // Neither the un-erase nor the erase of something that is no element
-    // tells anybody.
+    // The element's un-erase tells nobody; its records come back through
+    // their own un-erase.
     document->GetDatabase()->EraseObject(
         document->GetDatabase()->OpenObject(static_cast<PfDbHandle>(first), true), false);
-    document->GetDatabase()->EraseObject(record);
     EXPECT_EQ(changed.count(), 1);
+}
+
+TEST_F(AnimatorManager, undoAndRedoTakeRecordsOutAndPutThemBackInTheirPlace)
+{
+    // Undoing the addition of a record used to leave it in the schedule,
+    // erased from its document: it played and was listed as if still there.
+    KVXAnimation* a = add(first);
+    PfDbTransactionManager* transactions = document->GetDatabase()->TransactionManager();
+    transactions->StartTransaction();
+    KVXAnimation* b = add(second);
+    transactions->EndTransaction();
+    KVXAnimation* c = add(first);
+    QSignalSpy changed(manager, &KVXAnimatorManager::dataChangedSignal);
+
+    transactions->Undo();
+    EXPECT_EQ(manager->getAnimationVector(), (Records{a, c}));
+    EXPECT_EQ(manager->findKVXAnimation(2), nullptr);
+    EXPECT_TRUE(manager->findAnimationsByObjId(second).empty());
+    transactions->Redo();
+    EXPECT_EQ(manager->getAnimationVector(), (Records{a, b, c})) << "back in creation order";
+    EXPECT_EQ(manager->findKVXAnimation(2), b);
+    EXPECT_EQ(manager->findAnimationsByObjId(second), Records{b});
+    EXPECT_EQ(changed.count(), 2);
+
+    // A deletion undone brings the record back under its element.
+    transactions->StartTransaction();
+    manager->deleteKvxAnimation(1);
+    transactions->EndTransaction();
+    EXPECT_EQ(manager->findAnimationsByObjId(first), Records{c});
+    transactions->Undo();
+    EXPECT_EQ(manager->findAnimationsByObjId(first), (Records{a, c}));
+    EXPECT_EQ(add(second)->getNumber(), 4) << "numbers are not reused";
 }
 
 TEST_F(AnimatorManager, aRecordMovedToAnotherElementIsFiledUnderIt)
