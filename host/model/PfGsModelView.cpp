@@ -93,21 +93,36 @@ void PfGsModelView::Redraw(PfDbObject* object)
     m_viewer->SetDirty();
 }
 
-PfDbHandle PfGsModelView::PickAt(const QPointF& pixel, const QSize& size) const
+bool PfGsModelView::lineOfSight(const QPointF& pixel, const QSize& size, osg::Vec3d& from, osg::Vec3d& to) const
 {
     if (size.isEmpty())
-        return kPfDbNullHandle;
+        return false;
     const vpe::CCamera* camera = m_viewer->GetCamera();
     const osg::Matrixd toWorld = osg::Matrixd::inverse(
         camera->GetViewMatrix() * camera->GetProjectionMatrix(double(size.width()) / double(size.height())));
-    // The pixel's line of sight, from the near plane to the far one.
+    // From the near plane to the far one.
     const double x = 2.0 * pixel.x() / size.width() - 1.0;
     const double y = 1.0 - 2.0 * pixel.y() / size.height();
-    osg::ref_ptr<osgUtil::LineSegmentIntersector> line =
-        new osgUtil::LineSegmentIntersector(osg::Vec3d(x, y, -1.0) * toWorld, osg::Vec3d(x, y, 1.0) * toWorld);
+    from = osg::Vec3d(x, y, -1.0) * toWorld;
+    to = osg::Vec3d(x, y, 1.0) * toWorld;
+    return true;
+}
+
+osg::ref_ptr<osgUtil::LineSegmentIntersector> PfGsModelView::intersect(const QPointF& pixel, const QSize& size) const
+{
+    osg::Vec3d from, to;
+    if (!lineOfSight(pixel, size, from, to))
+        return nullptr;
+    osg::ref_ptr<osgUtil::LineSegmentIntersector> line = new osgUtil::LineSegmentIntersector(from, to);
     osgUtil::IntersectionVisitor visit(line.get());
     m_viewer->GetScene()->GetRootNode()->accept(visit);
-    if (!line->containsIntersections())
+    return line->containsIntersections() ? line : nullptr;
+}
+
+PfDbHandle PfGsModelView::PickAt(const QPointF& pixel, const QSize& size) const
+{
+    const osg::ref_ptr<osgUtil::LineSegmentIntersector> line = intersect(pixel, size);
+    if (!line)
         return kPfDbNullHandle;
     // The nearest hit, filed under the object whose node holds it.
     const osg::NodePath& path = line->getFirstIntersection().nodePath;
@@ -116,6 +131,23 @@ PfDbHandle PfGsModelView::PickAt(const QPointF& pixel, const QSize& size) const
             if (drawn.second.get() == *node)
                 return drawn.first;
     return kPfDbNullHandle;
+}
+
+bool PfGsModelView::PointAt(const QPointF& pixel, const QSize& size, osg::Vec3d& point) const
+{
+    if (const osg::ref_ptr<osgUtil::LineSegmentIntersector> line = intersect(pixel, size)) {
+        point = line->getFirstIntersection().getWorldIntersectPoint();
+        return true;
+    }
+    osg::Vec3d from, to;
+    if (!lineOfSight(pixel, size, from, to) || from.z() == to.z())
+        return false;
+    // Off the model: where the line of sight meets the ground, in front.
+    const double along = from.z() / (from.z() - to.z());
+    if (along < 0.0)
+        return false;
+    point = from + (to - from) * along;
+    return true;
 }
 
 void PfGsModelView::SetHighlighted(const std::vector<PfDbHandle>& handles)

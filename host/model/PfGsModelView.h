@@ -8,9 +8,14 @@
 #include "host/vpe/core/CReferenced.h"
 
 #include <osg/Node>
+#include <osg/Vec3d>
 
 #include <unordered_map>
 #include <vector>
+
+namespace osgUtil {
+class LineSegmentIntersector;
+}
 
 class PfDbDocument;
 class PfDbObject;
@@ -39,6 +44,10 @@ public:
     // The object drawn nearest the eye at a pixel of a picture of that size
     // from the viewer's camera; the null handle where nothing is drawn.
     PfDbHandle PickAt(const QPointF& pixel, const QSize& size) const;
+    // The world point drawn at the pixel: on the nearest surface, else where
+    // the line of sight meets the ground (z = 0); false when it meets
+    // neither in front of the eye.
+    bool PointAt(const QPointF& pixel, const QSize& size, osg::Vec3d& point) const;
     // The objects drawn in the selection's colour; the others as they are.
     void SetHighlighted(const std::vector<PfDbHandle>& handles);
 
@@ -49,6 +58,10 @@ public:
 
 private:
     void removeNode(PfDbHandle handle);
+    // The pixel's line of sight from the near plane to the far one.
+    bool lineOfSight(const QPointF& pixel, const QSize& size, osg::Vec3d& from, osg::Vec3d& to) const;
+    // What the line of sight meets; null when nothing.
+    osg::ref_ptr<osgUtil::LineSegmentIntersector> intersect(const QPointF& pixel, const QSize& size) const;
     static void highlight(osg::Node* node, bool on);
 
     PfDbDocument* m_document;
