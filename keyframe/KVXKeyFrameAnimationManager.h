@@ -153,6 +153,7 @@ private:
     KVXKeyFrameAnimationManager();
 
     void followDocument(PfDbDocument* document);
+    void createTracks(PfDbDocument* document);
     void initKeyFramesButtons();
     void initClockTimers();
     void uninitClockTimers();

@@ -120,6 +120,23 @@ TEST_F(KeyFrameEditing, editingTurnsOffAutoSaveAndTheMinimumFrameRateAndShowsThe
     manager->BeginEditKeyFrameAnimation();
 }
 
+TEST_F(KeyFrameEditing, lookingAtADocumentWithoutKeyFramesLeavesItUnchanged)
+{
+    // Opening the roaming-video page used to mark a document changed: it
+    // made the empty key-frame tracks in it.
+    manager->EndEditKeyFrameAnimation();
+    manager->UnInitAnimationData();
+    PfDbTransactionManager* steps = document->GetDatabase()->TransactionManager();
+    const auto changes = steps->GetChangeCount();
+    manager->BeginEditKeyFrameAnimation();
+    EXPECT_EQ(steps->GetChangeCount(), changes);
+    EXPECT_EQ(manager->GetCameraKeyFramesTrack(), nullptr);
+    createAt(0, {-20000, -20000, 15000});
+    ASSERT_NE(manager->GetCameraKeyFramesTrack(), nullptr) << "the first key frame brings the tracks";
+    EXPECT_EQ(cameraKeyFrames(), 1u);
+    EXPECT_EQ(timeLine.GetKeyFrameButtons().size(), 1u);
+}
+
 TEST_F(KeyFrameEditing, creatingIsRefusedWhilePlayingAndWhereACameraKeyFrameIs)
 {
     createAt(0, {0, -20000, 8000});
