@@ -4,6 +4,7 @@
 #include "KVXAnimationPropertyForm.h"
 #include "KVXAnimationSequenceForm.h"
 #include "KVXConstructionPage.h"
+#include "keyframe/KVXRoamingVideoPage.h"
 
 #include "host/model/PfUiPages.h"
 
@@ -22,12 +23,16 @@ struct FormPages {
         PfUiPages::Register({QStringLiteral("kvx_virtual_construction"), QStringLiteral("虚拟建造"),
                              [] { return static_cast<QWidget*>(new KVXConstructionPage); },
                              Qt::BottomDockWidgetArea});
+        PfUiPages::Register({QStringLiteral("kvx_roaming_video"), QStringLiteral("漫游视频"),
+                             [] { return static_cast<QWidget*>(new KVXRoamingVideoPage); },
+                             Qt::BottomDockWidgetArea});
     }
     ~FormPages()
     {
         PfUiPages::Unregister(QStringLiteral("kvx_animation_sequence"));
         PfUiPages::Unregister(QStringLiteral("kvx_animation_property"));
         PfUiPages::Unregister(QStringLiteral("kvx_virtual_construction"));
+        PfUiPages::Unregister(QStringLiteral("kvx_roaming_video"));
     }
 };
 

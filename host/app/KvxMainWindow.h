@@ -3,17 +3,29 @@
 #include <QMainWindow>
 #include <QString>
 
+#include <memory>
+#include <vector>
+
 class PfDbDocument;
+class PfEdInformationSink;
 class PfQtView;
 class QAction;
 class QDockWidget;
+class QEventLoop;
+class QMenu;
+class QProgressBar;
+namespace osg {
+class Vec3d;
+}
 
 // The desktop application's main window: the document's 3D view in the
 // centre, the pages the module offers as docks around it (the user moves
-// and closes them; the layout is kept between runs), and the menus for
-// documents (new, open, save, save as), editing (undo, redo) and the view
-// (fit all, the named sides). The title names the file and marks unsaved
-// changes.
+// and closes them; the layout is kept between runs), the module's commands
+// in menus and on the toolbar, and the menus for documents (new, open,
+// recent, save, save as), editing (undo, redo, named after the step) and the
+// view (fit all, the named sides, the projection). The title names the file
+// and marks unsaved changes; changes are saved aside every few minutes and
+// offered back when the document is opened after a crash.
 class KvxMainWindow : public QMainWindow {
     Q_OBJECT
 public:
@@ -21,7 +33,8 @@ public:
     ~KvxMainWindow() override;
 
     // Opens a document into the window (the one shown before is closed);
-    // false with a message box saying why.
+    // false with a message box saying why. A newer auto-saved copy of it is
+    // offered back.
     bool OpenDocument(const QString& path);
     void NewDocument();
     // False with the reason when it cannot be written.
@@ -33,24 +46,42 @@ public:
     QDockWidget* Page(const QString& id) const;
     QAction* UndoAction() const { return m_undo; }
     QAction* RedoAction() const { return m_redo; }
+    // The files opened or saved last, the latest first.
+    QStringList RecentFiles() const;
+    // The side file the document's changes are saved aside to.
+    QString AutoSavePath() const;
+    // Offers back the auto-saved copy of a document never saved, if any.
+    void OfferUnsavedRecovery();
 
 public slots:
     void Undo();
     void Redo();
     // The camera on one of the named sides, the whole model in view.
     void ShowFrom(const QString& preset);
+    void SetOrthographic(bool orthographic);
     void RefreshTitle();
     // The element under a pixel of the view selected (added with Ctrl,
-    // toggled if it is selected already); nothing there clears.
+    // toggled if it is selected already); nothing there clears. While a
+    // route is picked, the pixel's point is added to it instead.
     void SelectAt(const QPoint& pixel, Qt::KeyboardModifiers modifiers);
     void ClearSelection();
+    // Saves the changes aside when there are some not saved aside yet;
+    // false when that failed (said in the status bar).
+    bool AutoSaveNow();
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
+    class StatusProgress;
+
     void createMenus();
+    void createModuleCommands();
     void createPages();
+    void createStatusBar();
+    QMenu* menuAt(const QString& path);
     void display(PfDbDocument* document, const QString& path);
     void closeDocument();
     void open();
@@ -59,11 +90,35 @@ private:
     bool mayDiscardChanges();
     // Shows the selection highlighted and tells the host's observers.
     void selectionChanged();
+    void rememberRecent(const QString& path);
+    void fillRecentMenu();
+    void autoSaveTick();
+    void dropAutoSave();
+    // Opens the auto-saved copy in place of the document, as unsaved
+    // changes to it.
+    bool recover(const QString& autoSaved, const QString& path);
+    void offerRecovery(const QString& path);
+    bool pickRoute(const QString& prompt, std::vector<osg::Vec3d>& points);
+    void finishRoute(bool accepted);
 
     PfDbDocument* m_document = nullptr;
     PfQtView* m_view = nullptr;
     QString m_path;
     unsigned long long m_savedChanges = 0;
+    unsigned long long m_autoSavedChanges = 0;
+    qint64 m_lastAutoSave = 0;
+    // Whether the side file is this window's (written or recovered here).
+    bool m_autoSaved = false;
     QAction* m_undo = nullptr;
     QAction* m_redo = nullptr;
+    QAction* m_orthographic = nullptr;
+    QMenu* m_recent = nullptr;
+    QProgressBar* m_progress = nullptr;
+    std::unique_ptr<StatusProgress> m_progressListener;
+    std::unique_ptr<PfEdInformationSink> m_messages;
+    PfEdInformationSink* m_previousMessages = nullptr;
+    // While a route is picked: its points and the loop that waits for it.
+    std::vector<osg::Vec3d>* m_route = nullptr;
+    QEventLoop* m_routeLoop = nullptr;
+    bool m_routeAccepted = false;
 };

@@ -19,9 +19,11 @@ int main(int argc, char** argv)
     {
         KvxMainWindow window;
         const QStringList arguments = QApplication::arguments();
+        window.show();
         if (arguments.size() > 1)
             window.OpenDocument(arguments.at(1));
-        window.show();
+        else
+            window.OfferUnsavedRecovery();
         code = QApplication::exec();
     }
     return code;
