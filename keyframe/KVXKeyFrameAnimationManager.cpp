@@ -101,19 +101,6 @@ void KVXKeyFrameAnimationManager::InitAnimationData()
     PfDbDocument* document = currentDocument();
     if (!document || !document->GetDatabase())
         return;
-    // A document gets its tracks with its first key frame (createTracks):
-    // looking at the key frames of one that has none must not change it.
-    PfDbDatabase* database = document->GetDatabase();
-    m_cameraTrack = KVXCameraKeyFramesTrack::Cast(
-        KVXKeyFramesTrack::FindTrack(database, KVXCameraKeyFramesTrack::kContainerName));
-    m_dateTrack =
-        KVXDateKeyFramesTrack::Cast(KVXKeyFramesTrack::FindTrack(database, KVXDateKeyFramesTrack::kContainerName));
-    initKeyFramesButtons();
-    initClockTimers();
-}
-
-void KVXKeyFrameAnimationManager::createTracks(PfDbDocument* document)
-{
     m_cameraTrack = KVXCameraKeyFramesTrack::GetOrCteateKeyFrameContainer(document->GetDatabase());
     m_dateTrack = KVXDateKeyFramesTrack::GetOrCteateKeyFrameContainer(document->GetDatabase());
     initKeyFramesButtons();
@@ -442,7 +429,7 @@ QString KVXKeyFrameAnimationManager::CreateKeyFrameAt(int ms, const vpe::CCamera
 {
     PfDbDocument* document = currentDocument();
     if (document && !m_cameraTrack)
-        createTracks(document);
+        InitAnimationData();
     if (!document || !m_cameraTrack)
         return QStringLiteral("没有打开的项目");
     if (ms < 0)

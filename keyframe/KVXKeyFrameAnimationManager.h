@@ -153,7 +153,6 @@ private:
     KVXKeyFrameAnimationManager();
 
     void followDocument(PfDbDocument* document);
-    void createTracks(PfDbDocument* document);
     void initKeyFramesButtons();
     void initClockTimers();
     void uninitClockTimers();

@@ -96,14 +96,6 @@ KVXKeyFrame* KVXKeyFramesTrack::GetKeyFrameAtTime(unsigned int ms, KVXKeyFrame*&
     return nullptr;
 }
 
-KVXKeyFramesTrack* KVXKeyFramesTrack::FindTrack(PfDbDatabase* database, const std::wstring& name)
-{
-    if (!database)
-        return nullptr;
-    auto it = database->ObjManagers().find(name);
-    return it == database->ObjManagers().end() ? nullptr : Cast(database->OpenObject(it->second));
-}
-
 PfDbObject* KVXKeyFramesTrack::getOrCreateTrack(PfDbDatabase* database, const std::wstring& name,
                                                KVXKeyFramesTrack* (*make)())
 {

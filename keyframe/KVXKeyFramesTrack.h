@@ -32,9 +32,6 @@ public:
     // neighbours in time (or those of ms when there is none at ms).
     KVXKeyFrame* GetKeyFrameAtTime(unsigned int ms, KVXKeyFrame*& before, KVXKeyFrame*& after) const;
 
-    // The database's track of that name; null when it has none yet.
-    static KVXKeyFramesTrack* FindTrack(PfDbDatabase* database, const std::wstring& name);
-
 protected:
     virtual KVXKeyFrame* createKeyFrameImpl(int ms);
     // Adds a new key frame to the track; deletes it and answers null when it

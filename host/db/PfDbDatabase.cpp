@@ -98,8 +98,15 @@ Pfad::Error PfDbDatabase::AddObjManager(const std::wstring& name, PfDbObjContain
         return Pfad::eInvalidInput;
     if (m_managers.count(name))
         return Pfad::eDuplicateKey;
+    // An empty manager made outside any edit is the database's own
+    // bookkeeping (a module looking for its container), not a change of
+    // the document: looking at a document must not mark it changed.
+    const bool bookkeeping = !manager->GetDatabase() && manager->Size() == 0 &&
+                             m_transactions->NumActiveTransactions() == 0;
     if (!manager->GetDatabase())
         AddObject(manager);
+    if (bookkeeping)
+        m_transactions->ForgetLastChange();
     m_managers.emplace(name, manager->GetHandle());
     return Pfad::eOk;
 }

@@ -57,6 +57,12 @@ public:
     // whenever a step is undone, redone or aborted: what a reader worked out
     // from the database's objects still holds while it stays the same.
     unsigned long long GetChangeCount() const { return m_changes; }
+    // The last touch was bookkeeping, not an edit: it leaves the count.
+    void ForgetLastChange()
+    {
+        if (m_changes > 0)
+            --m_changes;
+    }
 
 private:
     using Steps = std::vector<std::unique_ptr<PfDbTransaction>>;

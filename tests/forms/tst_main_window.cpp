@@ -4,13 +4,20 @@
 #include "forms/KVXAnimationSequenceForm.h"
 #include "forms/KVXConstructionPage.h"
 #include "forms/KVXDateTimeLineWidget.h"
+#include "keyframe/KVXAnimationTimeLineWidget.h"
+#include "keyframe/KVXKeyFrameAnimationManager.h"
+#include "keyframe/KVXRoamingVideoPage.h"
+#include "keyframe/KvxAnimationButtonsPanel.h"
+#include "keyframe/KvxOutputVideoSettingDialog.h"
 #include "host/app/KvxMainWindow.h"
 #include "host/app/PfQtView.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDbTransactionManager.h"
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
+#include "host/model/PfUiActionManager.h"
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/scene/CCamera.h"
 
@@ -18,8 +25,12 @@
 #include "tests/support/ModalAnswer.h"
 #include "tests/support/ModuleEnvironment.h"
 #include "tests/support/QtPrinters.h"
+#include "tests/support/VideoProbe.h"
 
 #include <QAction>
+#include <QComboBox>
+#include <QMimeData>
+#include <QWheelEvent>
 #include <QDir>
 #include <QDateEdit>
 #include <QDockWidget>
@@ -51,6 +62,18 @@ protected:
         for (int i = 0; i < 200 && window.View()->FrameCount() == 0; ++i)
             QTest::qWait(10);
     }
+    // Where the middle of an element's top face is in the view.
+    static QPoint pixelOfTop(KvxMainWindow& window, const wchar_t* name, PfDbHandle& handle)
+    {
+        for (PfDbObject* object : *window.Document()->GetDatabase()->GetModelSpace())
+            if (auto* element = KVX3DElementObject::Cast(object); element && element->GetName() == name) {
+                handle = object->GetHandle();
+                const osg::BoundingBoxd box = element->GetFirstBody()->GetBoundingBox();
+                return window.View()->PixelOf({box.center().x(), box.center().y(), box.zMax()}).toPoint();
+            }
+        return QPoint();
+    }
+    static QAction* command(const char* name) { return PfUiActionManager::GetInstance()->FindAction(QLatin1String(name)); }
     static void keep(QWidget& widget, const char* name)
     {
         if (qEnvironmentVariableIsSet("KVX_TEST_PICTURES"))
@@ -114,23 +137,9 @@ TEST_F(MainWindow, clickingAnElementSelectsItAndTheListFollows)
     window.show();
     waitForFrame(window);
     PfQtView* view = window.View();
-    // Where the middle of a storey's top face is on the screen.
-    const auto pixelOfTop = [&](const wchar_t* name, PfDbHandle& handle) {
-        for (PfDbObject* object : *window.Document()->GetDatabase()->GetModelSpace())
-            if (auto* element = KVX3DElementObject::Cast(object); element && element->GetName() == name) {
-                handle = object->GetHandle();
-                const osg::BoundingBoxd box = element->GetFirstBody()->GetBoundingBox();
-                const vpe::CCamera* camera = view->GetViewer()->GetCamera();
-                const osg::Vec3d onScreen =
-                    osg::Vec3d(box.center().x(), box.center().y(), box.zMax()) * camera->GetViewMatrix() *
-                    camera->GetProjectionMatrix(double(view->width()) / view->height());
-                return QPoint(int((onScreen.x() + 1) / 2 * view->width()), int((1 - onScreen.y()) / 2 * view->height()));
-            }
-        return QPoint();
-    };
     PfDbHandle top1 = 0, top3 = 0;
-    const QPoint at1 = pixelOfTop(L"1号楼 6层", top1);
-    const QPoint at3 = pixelOfTop(L"3号楼 10层", top3);
+    const QPoint at1 = pixelOfTop(window, L"1号楼 6层", top1);
+    const QPoint at3 = pixelOfTop(window, L"3号楼 10层", top3);
     QAbstractItemModel* rows = KVXAnimationSequenceForm::getInstance()->tableView()->model();
     const auto listed = [rows] {
         QStringList names;
@@ -215,6 +224,199 @@ TEST_F(MainWindow, theLayoutOfThePagesIsKeptBetweenRuns)
     EXPECT_FALSE(again.Page(QStringLiteral("kvx_animation_property"))->isVisible());
     EXPECT_TRUE(again.Page(QStringLiteral("kvx_animation_sequence"))->isVisible());
     again.close();
+}
+
+TEST_F(MainWindow, addsARecordOfEachKindToTheSelectionAsOneNamedStep)
+{
+    KvxMainWindow window;
+    ASSERT_TRUE(window.OpenDocument(site));
+    window.show();
+    waitForFrame(window);
+    PfDbHandle storey = 0;
+    QTest::mouseClick(window.View(), Qt::LeftButton, {}, pixelOfTop(window, L"1号楼 6层", storey));
+    ASSERT_EQ(window.Document()->GetSelectionSet().Ids(), std::vector<PfDbHandle>{storey});
+    KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
+    const std::size_t before = schedule->getAnimationVector().size();
+
+    command("KVX_ADD_BUILD_BOTTOM_UP")->trigger();
+    ASSERT_EQ(schedule->getAnimationVector().size(), before + 1);
+    KVXAnimation* added = schedule->getAnimationVector().back();
+    EXPECT_EQ(added->getObjId(), qint64(storey));
+    EXPECT_EQ(added->getTranslationType(), KVXAnimation::BottomUp);
+    EXPECT_EQ(added->getStartDate(), QDate(2025, 3, 3)) << "the day the date timeline shows";
+    EXPECT_EQ(KVXAnimationSequenceForm::getInstance()->model()->rowCount(), 2) << "the storey's two records";
+    KVXAnimationPropertyForm* properties = KVXAnimationPropertyForm::getInstance();
+    ASSERT_EQ(properties->getAnimation(), added);
+    window.RefreshTitle();
+    EXPECT_EQ(window.UndoAction()->text(), QStringLiteral("撤销 添加动画(&U)"));
+
+    properties->durationEdit()->selectAll();
+    QTest::keyClicks(properties->durationEdit(), "9");
+    QTest::keyClick(properties->durationEdit(), Qt::Key_Return);
+    window.RefreshTitle();
+    EXPECT_EQ(window.UndoAction()->text(), QStringLiteral("撤销 修改动画 %1(&U)").arg(added->getNumber()));
+    window.UndoAction()->trigger();
+    window.UndoAction()->trigger();
+    EXPECT_EQ(schedule->getAnimationVector().size(), before);
+    EXPECT_EQ(window.RedoAction()->text(), QStringLiteral("重做 添加动画(&R)"));
+    window.RedoAction()->trigger();
+    window.RedoAction()->trigger();
+    ASSERT_EQ(schedule->getAnimationVector().back(), added);
+    EXPECT_EQ(added->getDurationDays(), 9);
+
+    // A crane record needs a crane; the message says so.
+    QString notice;
+    {
+        const ModalAnswer read = ModalAnswer::Acknowledge(&notice);
+        command("KVX_ADD_TOWER_CRANE")->trigger();
+    }
+    EXPECT_EQ(notice, QStringLiteral("所选构件中没有塔吊"));
+
+    // A route picked by two clicks in the view and Return.
+    const QPoint a(window.View()->width() / 3, window.View()->height() / 2);
+    QTimer::singleShot(0, &window, [&window, a] {
+        QTest::mouseClick(window.View(), Qt::LeftButton, {}, a);
+        QTest::mouseClick(window.View(), Qt::LeftButton, {}, a + QPoint(120, 40));
+        QTest::keyClick(window.View(), Qt::Key_Return);
+    });
+    command("KVX_ADD_PATH")->trigger();
+    KVXAnimation* route = schedule->getAnimationVector().back();
+    EXPECT_EQ(route->getAnimationType(), KVXAnimation::Path);
+    EXPECT_EQ(route->GetPoints().size(), 2u);
+    EXPECT_EQ(window.Document()->GetSelectionSet().Ids(), std::vector<PfDbHandle>{storey}) << "picking kept it";
+    const ModalAnswer discard([](QWidget* modal) {
+        if (auto* box = qobject_cast<QMessageBox*>(modal))
+            box->button(QMessageBox::Discard)->click();
+    });
+    window.close();
+}
+
+TEST_F(MainWindow, keyFramesFromThreeViewsPlayExportAndComeBackWithTheDocument)
+{
+    const QString film = folder.filePath(QStringLiteral("flight.mp4"));
+    const QString copy = folder.filePath(QStringLiteral("flight.kvx"));
+    {
+        KvxMainWindow window;
+        ASSERT_TRUE(window.OpenDocument(site));
+        window.show();
+        waitForFrame(window);
+        window.Page(QStringLiteral("kvx_roaming_video"))->raise();
+        auto* page = qobject_cast<KVXRoamingVideoPage*>(window.Page(QStringLiteral("kvx_roaming_video"))->widget());
+        ASSERT_NE(page, nullptr);
+        QTRY_VERIFY(page->isVisible());
+        const struct {
+            const char* side;
+            unsigned int ms;
+        } views[] = {{"south-west", 0}, {"top", 3000}, {"north-east", 6000}};
+        for (const auto& view : views) {
+            window.ShowFrom(QLatin1String(view.side));
+            page->timeline()->SetTimeIndicator(view.ms);
+            QTest::mouseClick(page->buttons()->GetButton(KvxAnimationButtonsPanel::AddKeyFrame), Qt::LeftButton);
+        }
+        EXPECT_EQ(page->timeline()->GetKeyFrameButtons().size(), 3u);
+        window.RefreshTitle();
+        EXPECT_EQ(window.UndoAction()->text(), QStringLiteral("撤销 添加关键帧(&U)"));
+        keep(window, "main_window_key_frames.png");
+
+        KVXKeyFrameAnimationManager* flight = KVXKeyFrameAnimationManager::GetInstance();
+        QTest::keyClick(window.View(), Qt::Key_Space);
+        EXPECT_EQ(flight->GetPlayState(), KVXKeyFrameAnimationManager::Playing);
+        EXPECT_TRUE(command("KVX_PREVIEW_ANIMATION_PLAY_PAUSE")->isChecked());
+        QTest::keyClick(window.View(), Qt::Key_Escape);
+        EXPECT_EQ(flight->GetPlayState(), KVXKeyFrameAnimationManager::Stopped);
+
+        // The dialog is answered, then the message that the film is done.
+        QString done;
+        std::unique_ptr<ModalAnswer> finished;
+        const ModalAnswer settings([&](QWidget* modal) {
+            auto* dialog = qobject_cast<KvxOutputVideoSettingDialog*>(modal);
+            ASSERT_NE(dialog, nullptr);
+            dialog->GetPathEdit()->setText(film);
+            dialog->GetResolutionBox()->setEditText(QStringLiteral("160x90"));
+            QTest::keyClick(dialog, Qt::Key_Return);
+            finished = std::make_unique<ModalAnswer>(ModalAnswer::Acknowledge(&done));
+        });
+        QTest::mouseClick(page->exportButton(), Qt::LeftButton);
+        EXPECT_TRUE(probeVideo(film).contains(QLatin1String("width=160")));
+        EXPECT_FALSE(done.isEmpty());
+        ASSERT_TRUE(window.SaveDocument(copy));
+        window.close();
+    }
+    KvxMainWindow again;
+    ASSERT_TRUE(again.OpenDocument(copy));
+    again.show();
+    again.Page(QStringLiteral("kvx_roaming_video"))->raise();
+    auto* page = qobject_cast<KVXRoamingVideoPage*>(again.Page(QStringLiteral("kvx_roaming_video"))->widget());
+    QTRY_VERIFY(page->isVisible());
+    const auto& buttons = page->timeline()->GetKeyFrameButtons();
+    EXPECT_EQ(std::count_if(buttons.begin(), buttons.end(), [](const KVXKeyFrameButton& b) { return b.cameraKeyFrame; }),
+              3);
+    EXPECT_EQ(again.RecentFiles().value(0), QFileInfo(copy).absoluteFilePath());
+    again.close();
+}
+
+TEST_F(MainWindow, changesSavedAsideAreOfferedBackAfterACrash)
+{
+    QString sideFile;
+    {
+        KvxMainWindow crashed;
+        ASSERT_TRUE(crashed.OpenDocument(site));
+        crashed.Document()->GetDatabase()->TransactionManager()->StartTransaction();
+        KVXAnimatorManager::getInstance()->deleteKvxAnimation(7);
+        crashed.Document()->GetDatabase()->TransactionManager()->EndTransaction();
+        ASSERT_TRUE(crashed.AutoSaveNow());
+        sideFile = crashed.AutoSavePath();
+        // Gone without being closed, as in a crash.
+    }
+    ASSERT_TRUE(QFileInfo::exists(sideFile));
+    KvxMainWindow window;
+    QString offer;
+    {
+        const ModalAnswer recover([&offer](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            offer = box ? box->text() : QString();
+            if (box)
+                box->button(QMessageBox::Yes)->click();
+        });
+        // Dropped on the window, as a planner would.
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(site)});
+        QDropEvent drop(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&window, &drop);
+        QTRY_VERIFY(window.Document()->FilePath() != QString());
+    }
+    EXPECT_TRUE(offer.startsWith(QStringLiteral("site.kvx 有未保存的修改"))) << offer;
+    EXPECT_EQ(KVXAnimatorManager::getInstance()->findKVXAnimation(7), nullptr);
+    window.RefreshTitle();
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("site.kvx* — KVX")) << "recovered changes are not saved yet";
+    ASSERT_TRUE(window.SaveDocument(site));
+    EXPECT_FALSE(QFileInfo::exists(sideFile));
+    KvxMainWindow reopened;
+    ASSERT_TRUE(reopened.OpenDocument(site));
+    EXPECT_EQ(KVXAnimatorManager::getInstance()->findKVXAnimation(7), nullptr);
+    reopened.close();
+    window.close();
+}
+
+TEST_F(MainWindow, theWheelZoomsToTheCursorAndTheProjectionSwitches)
+{
+    KvxMainWindow window;
+    ASSERT_TRUE(window.OpenDocument(site));
+    window.show();
+    waitForFrame(window);
+    PfQtView* view = window.View();
+    PfDbHandle storey = 0;
+    const QPoint at = pixelOfTop(window, L"2号楼 4层", storey);
+    const osg::Vec3d eye(view->GetViewer()->GetCamera()->GetPosition());
+    QWheelEvent wheel(QPointF(at), view->mapToGlobal(at), {}, QPoint(0, 240), Qt::NoButton, {}, Qt::NoScrollPhase,
+                      false);
+    QApplication::sendEvent(view, &wheel);
+    EXPECT_LT((pixelOfTop(window, L"2号楼 4层", storey) - at).manhattanLength(), 3);
+    EXPECT_LT((osg::Vec3d(view->GetViewer()->GetCamera()->GetPosition()) - eye).length(), eye.length());
+    EXPECT_NE(osg::Vec3d(view->GetViewer()->GetCamera()->GetPosition()), eye);
+    window.SetOrthographic(true);
+    EXPECT_EQ(view->GetViewer()->GetCamera()->GetProjectionType(), int(vpe::CCamera::Orthographic));
+    window.close();
 }
 
 } // namespace

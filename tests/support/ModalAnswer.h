@@ -16,9 +16,10 @@ public:
     explicit ModalAnswer(std::function<void(QWidget*)> answer) : m_timer(std::make_unique<QTimer>())
     {
         m_timer->setInterval(0);
-        QObject::connect(m_timer.get(), &QTimer::timeout, [this, answer] {
+        // The timer, not this: an answer may be moved.
+        QObject::connect(m_timer.get(), &QTimer::timeout, [timer = m_timer.get(), answer] {
             if (QWidget* modal = QApplication::activeModalWidget()) {
-                m_timer->stop();
+                timer->stop();
                 answer(modal);
             }
         });
