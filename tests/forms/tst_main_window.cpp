@@ -73,6 +73,14 @@ protected:
             }
         return QPoint();
     }
+    // Lets events run until the condition holds or two seconds pass.
+    template <class Condition>
+    static bool waitFor(Condition condition)
+    {
+        for (int i = 0; i < 200 && !condition(); ++i)
+            QTest::qWait(10);
+        return condition();
+    }
     static QAction* command(const char* name) { return PfUiActionManager::GetInstance()->FindAction(QLatin1String(name)); }
     static void keep(QWidget& widget, const char* name)
     {
@@ -303,7 +311,7 @@ TEST_F(MainWindow, keyFramesFromThreeViewsPlayExportAndComeBackWithTheDocument)
         window.Page(QStringLiteral("kvx_roaming_video"))->raise();
         auto* page = qobject_cast<KVXRoamingVideoPage*>(window.Page(QStringLiteral("kvx_roaming_video"))->widget());
         ASSERT_NE(page, nullptr);
-        QTRY_VERIFY(page->isVisible());
+        ASSERT_TRUE(waitFor([page] { return page->isVisible(); }));
         const struct {
             const char* side;
             unsigned int ms;
@@ -347,7 +355,7 @@ TEST_F(MainWindow, keyFramesFromThreeViewsPlayExportAndComeBackWithTheDocument)
     again.show();
     again.Page(QStringLiteral("kvx_roaming_video"))->raise();
     auto* page = qobject_cast<KVXRoamingVideoPage*>(again.Page(QStringLiteral("kvx_roaming_video"))->widget());
-    QTRY_VERIFY(page->isVisible());
+    ASSERT_TRUE(waitFor([page] { return page->isVisible(); }));
     const auto& buttons = page->timeline()->GetKeyFrameButtons();
     EXPECT_EQ(std::count_if(buttons.begin(), buttons.end(), [](const KVXKeyFrameButton& b) { return b.cameraKeyFrame; }),
               3);
@@ -370,6 +378,7 @@ TEST_F(MainWindow, changesSavedAsideAreOfferedBackAfterACrash)
     }
     ASSERT_TRUE(QFileInfo::exists(sideFile));
     KvxMainWindow window;
+    window.show();
     QString offer;
     {
         const ModalAnswer recover([&offer](QWidget* modal) {
@@ -381,9 +390,12 @@ TEST_F(MainWindow, changesSavedAsideAreOfferedBackAfterACrash)
         // Dropped on the window, as a planner would.
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(site)});
+        QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&window, &enter);
+        ASSERT_TRUE(enter.isAccepted());
         QDropEvent drop(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
         QApplication::sendEvent(&window, &drop);
-        QTRY_VERIFY(window.Document()->FilePath() != QString());
+        ASSERT_TRUE(waitFor([&window] { return !window.Document()->FilePath().isEmpty(); })) << offer.toStdString();
     }
     EXPECT_TRUE(offer.startsWith(QStringLiteral("site.kvx 有未保存的修改"))) << offer;
     EXPECT_EQ(KVXAnimatorManager::getInstance()->findKVXAnimation(7), nullptr);
