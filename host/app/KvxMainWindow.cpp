@@ -278,6 +278,16 @@ void KvxMainWindow::closeDocument()
     m_document = nullptr;
 }
 
+void KvxMainWindow::replaceDocument(PfDbDocument* opened, const QString& path)
+{
+    // The manager made the opened document current; the one before goes.
+    PfDbDocument* before = m_document;
+    m_document = nullptr;
+    if (before)
+        PfDocManagerPtr()->CloseDocument(before);
+    display(opened, path);
+}
+
 void KvxMainWindow::NewDocument()
 {
     dropAutoSave();
@@ -294,12 +304,7 @@ bool KvxMainWindow::OpenDocument(const QString& path)
         return false;
     }
     dropAutoSave();
-    // The manager made the opened document current; the one before goes.
-    PfDbDocument* before = m_document;
-    m_document = nullptr;
-    if (before)
-        PfDocManagerPtr()->CloseDocument(before);
-    display(opened, QFileInfo(path).absoluteFilePath());
+    replaceDocument(opened, QFileInfo(path).absoluteFilePath());
     rememberRecent(m_path);
     offerRecovery(m_path);
     return true;
@@ -615,11 +620,7 @@ bool KvxMainWindow::recover(const QString& autoSaved, const QString& path)
         QMessageBox::warning(this, QStringLiteral("恢复"), error);
         return false;
     }
-    PfDbDocument* before = m_document;
-    m_document = nullptr;
-    if (before)
-        PfDocManagerPtr()->CloseDocument(before);
-    display(recovered, path);
+    replaceDocument(recovered, path);
     // Unsaved changes to the document, until it is saved.
     m_savedChanges = kNeverSaved;
     RefreshTitle();

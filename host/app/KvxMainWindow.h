@@ -83,6 +83,8 @@ private:
     void createStatusBar();
     QMenu* menuAt(const QString& path);
     void display(PfDbDocument* document, const QString& path);
+    // Shows a document just opened in place of the one shown.
+    void replaceDocument(PfDbDocument* opened, const QString& path);
     void closeDocument();
     void open();
     void saveAs();

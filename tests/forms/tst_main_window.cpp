@@ -81,6 +81,26 @@ protected:
             QTest::qWait(10);
         return condition();
     }
+    // Opens the demo site in the window and shows its first frame.
+    bool showSite(KvxMainWindow& window) const
+    {
+        if (!window.OpenDocument(site))
+            return false;
+        window.show();
+        waitForFrame(window);
+        return true;
+    }
+    // Presses a button of the next message box, keeping its text.
+    static ModalAnswer press(QMessageBox::StandardButton button, QString* text = nullptr)
+    {
+        return ModalAnswer([button, text](QWidget* modal) {
+            auto* box = qobject_cast<QMessageBox*>(modal);
+            if (text)
+                *text = box ? box->text() : QString();
+            if (box)
+                box->button(button)->click();
+        });
+    }
     static QAction* command(const char* name) { return PfUiActionManager::GetInstance()->FindAction(QLatin1String(name)); }
     static void keep(QWidget& widget, const char* name)
     {
@@ -95,9 +115,7 @@ protected:
 TEST_F(MainWindow, opensADocumentWithTheModulesPagesAndUndoesAnEdit)
 {
     KvxMainWindow window;
-    ASSERT_TRUE(window.OpenDocument(site));
-    window.show();
-    waitForFrame(window);
+    ASSERT_TRUE(showSite(window));
     EXPECT_GT(window.View()->FrameCount(), 0);
     EXPECT_EQ(window.windowTitle(), QStringLiteral("site.kvx — KVX"));
     for (const char* page : {"kvx_animation_sequence", "kvx_animation_property", "kvx_virtual_construction"})
@@ -141,9 +159,7 @@ TEST_F(MainWindow, opensADocumentWithTheModulesPagesAndUndoesAnEdit)
 TEST_F(MainWindow, clickingAnElementSelectsItAndTheListFollows)
 {
     KvxMainWindow window;
-    ASSERT_TRUE(window.OpenDocument(site));
-    window.show();
-    waitForFrame(window);
+    ASSERT_TRUE(showSite(window));
     PfQtView* view = window.View();
     PfDbHandle top1 = 0, top3 = 0;
     const QPoint at1 = pixelOfTop(window, L"1号楼 6层", top1);
@@ -179,9 +195,7 @@ TEST_F(MainWindow, clickingAnElementSelectsItAndTheListFollows)
 TEST_F(MainWindow, theConstructionPagePlaysScrubsAndCountsConflicts)
 {
     KvxMainWindow window;
-    ASSERT_TRUE(window.OpenDocument(site));
-    window.show();
-    waitForFrame(window);
+    ASSERT_TRUE(showSite(window));
     auto* page = qobject_cast<KVXConstructionPage*>(window.Page(QStringLiteral("kvx_virtual_construction"))->widget());
     ASSERT_NE(page, nullptr);
     EXPECT_EQ(page->conflicts()->text(), QStringLiteral("冲突: 0"));
@@ -209,12 +223,7 @@ TEST_F(MainWindow, theConstructionPagePlaysScrubsAndCountsConflicts)
     EXPECT_NE(page->conflicts()->text(), QStringLiteral("冲突: 0"));
     // Closing asks before the changes are lost: they are.
     QString asked;
-    const ModalAnswer discard([&asked](QWidget* modal) {
-        auto* box = qobject_cast<QMessageBox*>(modal);
-        asked = box ? box->text() : QString();
-        if (box)
-            box->button(QMessageBox::Discard)->click();
-    });
+    const ModalAnswer discard = press(QMessageBox::Discard, &asked);
     window.close();
     EXPECT_EQ(asked, QStringLiteral("文档已修改，是否保存？"));
 }
@@ -237,9 +246,7 @@ TEST_F(MainWindow, theLayoutOfThePagesIsKeptBetweenRuns)
 TEST_F(MainWindow, addsARecordOfEachKindToTheSelectionAsOneNamedStep)
 {
     KvxMainWindow window;
-    ASSERT_TRUE(window.OpenDocument(site));
-    window.show();
-    waitForFrame(window);
+    ASSERT_TRUE(showSite(window));
     PfDbHandle storey = 0;
     QTest::mouseClick(window.View(), Qt::LeftButton, {}, pixelOfTop(window, L"1号楼 6层", storey));
     ASSERT_EQ(window.Document()->GetSelectionSet().Ids(), std::vector<PfDbHandle>{storey});
@@ -292,10 +299,7 @@ TEST_F(MainWindow, addsARecordOfEachKindToTheSelectionAsOneNamedStep)
     EXPECT_EQ(route->getAnimationType(), KVXAnimation::Path);
     EXPECT_EQ(route->GetPoints().size(), 2u);
     EXPECT_EQ(window.Document()->GetSelectionSet().Ids(), std::vector<PfDbHandle>{storey}) << "picking kept it";
-    const ModalAnswer discard([](QWidget* modal) {
-        if (auto* box = qobject_cast<QMessageBox*>(modal))
-            box->button(QMessageBox::Discard)->click();
-    });
+    const ModalAnswer discard = press(QMessageBox::Discard);
     window.close();
 }
 
@@ -305,9 +309,7 @@ TEST_F(MainWindow, keyFramesFromThreeViewsPlayExportAndComeBackWithTheDocument)
     const QString copy = folder.filePath(QStringLiteral("flight.kvx"));
     {
         KvxMainWindow window;
-        ASSERT_TRUE(window.OpenDocument(site));
-        window.show();
-        waitForFrame(window);
+        ASSERT_TRUE(showSite(window));
         window.Page(QStringLiteral("kvx_roaming_video"))->raise();
         auto* page = qobject_cast<KVXRoamingVideoPage*>(window.Page(QStringLiteral("kvx_roaming_video"))->widget());
         ASSERT_NE(page, nullptr);
@@ -381,12 +383,7 @@ TEST_F(MainWindow, changesSavedAsideAreOfferedBackAfterACrash)
     window.show();
     QString offer;
     {
-        const ModalAnswer recover([&offer](QWidget* modal) {
-            auto* box = qobject_cast<QMessageBox*>(modal);
-            offer = box ? box->text() : QString();
-            if (box)
-                box->button(QMessageBox::Yes)->click();
-        });
+        const ModalAnswer recover = press(QMessageBox::Yes, &offer);
         // Dropped on the window, as a planner would.
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(site)});
@@ -413,9 +410,7 @@ TEST_F(MainWindow, changesSavedAsideAreOfferedBackAfterACrash)
 TEST_F(MainWindow, theWheelZoomsToTheCursorAndTheProjectionSwitches)
 {
     KvxMainWindow window;
-    ASSERT_TRUE(window.OpenDocument(site));
-    window.show();
-    waitForFrame(window);
+    ASSERT_TRUE(showSite(window));
     PfQtView* view = window.View();
     PfDbHandle storey = 0;
     const QPoint at = pixelOfTop(window, L"2号楼 4层", storey);
