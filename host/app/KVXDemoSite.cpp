@@ -12,11 +12,12 @@ namespace {
 constexpr double kStorey = 3200.0;
 constexpr double kSlab = 250.0;
 
-KVX3DElementObject* addElement(PfDbDatabase* database, const QString& name, const QColor& color, vpe::CBody* body,
-                               int transparency = 0)
+KVX3DElementObject* addElement(PfDbDatabase* database, const QString& name, const QString& type,
+                               const QColor& color, vpe::CBody* body, int transparency = 0)
 {
     auto* element = new KVX3DElementObject();
     element->SetName(name.toStdWString());
+    element->SetProperty(PfDbElement::kTypeProperty, type);
     element->SetBodyColor(color);
     element->SetTransparency(transparency);
     element->AddBody(body);
@@ -31,9 +32,11 @@ void addBuilding(PfDbDatabase* database, const QString& name, const std::vector<
     for (int i = 0; i < storeys; ++i) {
         const double bottom = i * kStorey;
         // Every other storey a shade lighter, so that storeys read apart.
-        KVX3DElementObject* storey =
-            addElement(database, QStringLiteral("%1 %2层").arg(name).arg(i + 1), i % 2 ? color : color.lighter(106),
-                       vpe::CBody::CreateExtrusion(outline, bottom, bottom + kSlab));
+        KVX3DElementObject* storey = addElement(
+            database, QStringLiteral("%1 %2层").arg(name).arg(i + 1), QStringLiteral("楼层"),
+            i % 2 ? color : color.lighter(106), vpe::CBody::CreateExtrusion(outline, bottom, bottom + kSlab));
+        storey->SetProperty(PfDbElement::kStoreyProperty, QStringLiteral("%1层").arg(i + 1));
+        storey->SetProperty(PfDbElement::kElevationProperty, QString::number(bottom));
         storey->AddBody(vpe::CBody::CreateExtrusion(outline, bottom + kSlab, bottom + kStorey));
     }
 }
@@ -53,7 +56,7 @@ void addSlabWithOpening(PfDbDatabase* database)
     addBox(b, 40000, -20000, z0, 64000, -14000, z1);
     addBox(b, 40000, -24000, z0, 49000, -20000, z1);
     addBox(b, 55000, -24000, z0, 64000, -20000, z1);
-    addElement(database, QStringLiteral("地下室顶板"), QColor(170, 170, 165), b.Take());
+    addElement(database, QStringLiteral("地下室顶板"), QStringLiteral("楼板"), QColor(170, 170, 165), b.Take());
 }
 
 void addShed(PfDbDatabase* database)
@@ -61,12 +64,12 @@ void addShed(PfDbDatabase* database)
     KVXMeshBuilder b;
     addBox(b, -38000, -26000, 0, -32000, -23000, 2800);
     addBox(b, -38300, -26300, 2800, -31700, -22700, 3000);
-    addElement(database, QStringLiteral("临时工棚"), QColor(60, 110, 190), b.Take());
+    addElement(database, QStringLiteral("临时工棚"), QStringLiteral("临时设施"), QColor(60, 110, 190), b.Take());
 }
 
 void addRoad(PfDbDatabase* database)
 {
-    addElement(database, QStringLiteral("施工道路"), QColor(90, 90, 95),
+    addElement(database, QStringLiteral("施工道路"), QStringLiteral("道路"), QColor(90, 90, 95),
                vpe::CBody::CreateBox({-60000, -42000, -50}, {90000, -36000, 20}));
 }
 
@@ -80,7 +83,7 @@ void addTruck(PfDbDatabase* database)
         addBox(b, x - 500, -41000, 0, x + 500, -40700, 1000);
         addBox(b, x - 500, -38500, 0, x + 500, -38200, 1000);
     }
-    addElement(database, QStringLiteral("运输车"), QColor(200, 40, 35), b.Take());
+    addElement(database, QStringLiteral("运输车"), QStringLiteral("机械"), QColor(200, 40, 35), b.Take());
 }
 
 void addGate(PfDbDatabase* database)
@@ -89,10 +92,10 @@ void addGate(PfDbDatabase* database)
     KVXMeshBuilder posts;
     addBox(posts, 70000, -36400, 0, 70400, -36000, 2400);
     addBox(posts, 76000, -36400, 0, 76400, -36000, 2400);
-    addElement(database, QStringLiteral("大门门柱"), QColor(90, 95, 100), posts.Take());
+    addElement(database, QStringLiteral("大门门柱"), QStringLiteral("大门"), QColor(90, 95, 100), posts.Take());
     KVXMeshBuilder leaf;
     addBox(leaf, 70400, -36300, 200, 76000, -36100, 2100);
-    addElement(database, QStringLiteral("大门"), QColor(40, 140, 80), leaf.Take());
+    addElement(database, QStringLiteral("大门"), QStringLiteral("大门"), QColor(40, 140, 80), leaf.Take());
 }
 
 void addHazardZone(PfDbDatabase* database)
@@ -113,8 +116,8 @@ void addHazardZone(PfDbDatabase* database)
         addBox(fence, x0 - 30, y0, z, x0 + 30, y1, z + 60);
         addBox(fence, x1 - 30, y0, z, x1 + 30, y1, z + 60);
     }
-    addElement(database, QStringLiteral("危险区围栏"), QColor(235, 110, 20), fence.Take());
-    addElement(database, QStringLiteral("危险区"), QColor(230, 40, 30),
+    addElement(database, QStringLiteral("危险区围栏"), QStringLiteral("围挡"), QColor(235, 110, 20), fence.Take());
+    addElement(database, QStringLiteral("危险区"), QStringLiteral("危险区"), QColor(230, 40, 30),
                vpe::CBody::CreateBox({x0, y0, 0}, {x1, y1, 30}), 60);
 }
 
@@ -122,6 +125,7 @@ void addCrane(PfDbDatabase* database)
 {
     auto* crane = new KVXTowerCraneObject();
     crane->SetName(L"TC-1 塔吊");
+    crane->SetProperty(PfDbElement::kTypeProperty, QStringLiteral("塔吊"));
     crane->SetPosition({20000.0, 6000.0, 0.0});
     crane->SetTowerHeight(62000);
     crane->SetJibLength(55000.0);
@@ -132,7 +136,7 @@ void addCrane(PfDbDatabase* database)
 
 void KVXDemoSite::Build(PfDbDatabase* database)
 {
-    addElement(database, QStringLiteral("场地"), QColor(150, 160, 130),
+    addElement(database, QStringLiteral("场地"), QStringLiteral("场地"), QColor(150, 160, 130),
                vpe::CBody::CreateBox({-70000, -50000, -400}, {100000, 60000, -50}));
     addBuilding(database, QStringLiteral("1号楼"), {{-30000, 0}, {0, 0}, {0, 15000}, {-30000, 15000}}, 6,
                 QColor(215, 205, 185));

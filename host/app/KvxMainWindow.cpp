@@ -1,5 +1,7 @@
 #include "KvxMainWindow.h"
 
+#include "KvxElementProperties.h"
+#include "KvxModelTree.h"
 #include "PfEdMessageBoxSink.h"
 #include "PfQtView.h"
 #include "PfViewNavigator.h"
@@ -162,6 +164,7 @@ void KvxMainWindow::createMenus()
         const QString preset = QLatin1String(side.preset);
         view->addAction(QString::fromUtf8(side.text), this, [this, preset] { ShowFrom(preset); });
     }
+    view->addAction(QStringLiteral("缩放到所选(&S)"), this, &KvxMainWindow::ShowSelected, Qt::Key_F);
     view->addSeparator();
     m_orthographic = view->addAction(QStringLiteral("正交投影"), this, &KvxMainWindow::SetOrthographic);
     m_orthographic->setCheckable(true);
@@ -208,14 +211,41 @@ void KvxMainWindow::createModuleCommands()
     }
 }
 
+QDockWidget* KvxMainWindow::addDock(const QString& id, const QString& title, QWidget* content, Qt::DockWidgetArea area)
+{
+    auto* dock = new QDockWidget(title, this);
+    dock->setObjectName(id);
+    dock->setWidget(content);
+    addDockWidget(area, dock);
+    return dock;
+}
+
+void KvxMainWindow::createModelDocks()
+{
+    m_tree = new KvxModelTree(this);
+    m_properties = new KvxElementProperties(this);
+    addDock(QStringLiteral("kvx_model_tree"), QStringLiteral("模型树"), m_tree, Qt::LeftDockWidgetArea);
+    addDock(QStringLiteral("kvx_element_properties"), QStringLiteral("构件属性"), m_properties,
+            Qt::LeftDockWidgetArea);
+    connect(m_tree, &KvxModelTree::SelectionPicked, this, &KvxMainWindow::selectFromTree);
+    connect(m_tree, &KvxModelTree::ElementActivated, this, [this](PfDbHandle id) {
+        selectFromTree({id});
+        ShowSelected();
+    });
+    connect(m_properties, &KvxElementProperties::ElementChanged, this, [this] {
+        m_tree->Rebuild();
+        if (m_view)
+            m_view->GetViewer()->SetDirty();
+        RefreshTitle();
+    });
+}
+
 void KvxMainWindow::createPages()
 {
+    createModelDocks();
     QDockWidget* bottom = nullptr;
     for (const PfUiPages::Page& page : PfUiPages::Pages()) {
-        auto* dock = new QDockWidget(page.title, this);
-        dock->setObjectName(page.id);
-        dock->setWidget(page.make());
-        addDockWidget(page.area, dock);
+        QDockWidget* dock = addDock(page.id, page.title, page.make(), page.area);
         // The timelines share the bottom as tabs: each needs the width.
         if (page.area == Qt::BottomDockWidgetArea) {
             if (bottom)
@@ -255,6 +285,9 @@ void KvxMainWindow::display(PfDbDocument* document, const QString& path)
         return model->PointAt(pixel, view->size(), point);
     });
     setCentralWidget(m_view);
+    // Keys go to the view (Space previews, Esc stops), not to the first
+    // field of the docks.
+    m_view->setFocus();
     connect(m_view, &PfQtView::clicked, this, &KvxMainWindow::SelectAt);
     connect(m_view, &PfQtView::escapePressed, this, &KvxMainWindow::ClearSelection);
     connect(m_view, &PfQtView::finishPressed, this, [this] { finishRoute(true); });
@@ -263,6 +296,8 @@ void KvxMainWindow::display(PfDbDocument* document, const QString& path)
     m_lastAutoSave = QDateTime::currentMSecsSinceEpoch();
     m_orthographic->setChecked(model->GetViewer()->GetCamera()->GetProjectionType() == vpe::CCamera::Orthographic);
     ShowFrom(QStringLiteral("overview"));
+    m_tree->SetDatabase(document->GetDatabase());
+    m_properties->ShowElements(document->GetDatabase(), {});
     // The pages show the new document.
     ZUpdater::SelectionChanged(document);
     RefreshTitle();
@@ -273,6 +308,8 @@ void KvxMainWindow::closeDocument()
     if (!m_document)
         return;
     finishRoute(false);
+    m_tree->SetDatabase(nullptr);
+    m_properties->ShowElements(nullptr, {});
     m_view = nullptr;
     PfDocManagerPtr()->CloseDocument(m_document);
     m_document = nullptr;
@@ -354,6 +391,7 @@ void KvxMainWindow::Undo()
         m_document->GetDatabase()->TransactionManager()->Undo();
     if (m_view)
         m_view->GetViewer()->SetDirty();
+    m_properties->Refresh();
     RefreshTitle();
 }
 
@@ -363,6 +401,7 @@ void KvxMainWindow::Redo()
         m_document->GetDatabase()->TransactionManager()->Redo();
     if (m_view)
         m_view->GetViewer()->SetDirty();
+    m_properties->Refresh();
     RefreshTitle();
 }
 
@@ -404,9 +443,41 @@ void KvxMainWindow::ClearSelection()
 
 void KvxMainWindow::selectionChanged()
 {
+    const std::vector<PfDbHandle>& ids = m_document->GetSelectionSet().Ids();
     if (auto* model = dynamic_cast<PfGsModelView*>(m_document->GetActiveView()))
-        model->SetHighlighted(m_document->GetSelectionSet().Ids());
+        model->SetHighlighted(ids);
+    if (!m_pickingInTree)
+        m_tree->ShowSelection(ids);
+    m_properties->ShowElements(m_document->GetDatabase(), ids);
     ZUpdater::SelectionChanged(m_document);
+}
+
+void KvxMainWindow::selectFromTree(const std::vector<PfDbHandle>& ids)
+{
+    if (!m_document)
+        return;
+    PfDbSelectionSet& selection = m_document->GetSelectionSet();
+    selection.Clear();
+    for (PfDbHandle id : ids)
+        selection.Add(id);
+    // The tree keeps the rows the user selected (a storey row stays one row).
+    m_pickingInTree = true;
+    selectionChanged();
+    m_pickingInTree = false;
+}
+
+void KvxMainWindow::ShowSelected()
+{
+    auto* model = m_document ? dynamic_cast<PfGsModelView*>(m_document->GetActiveView()) : nullptr;
+    if (!model || !m_view)
+        return;
+    std::vector<osg::Vec3d> corners;
+    for (PfDbHandle id : m_document->GetSelectionSet().Ids())
+        if (vpe::CSceneNode* node = model->GetSceneNode(id)) {
+            const std::vector<osg::Vec3d> own = vpe::CViewFraming::Corners(node);
+            corners.insert(corners.end(), own.begin(), own.end());
+        }
+    frame(corners, QStringLiteral("south-west"));
 }
 
 bool KvxMainWindow::pickRoute(const QString& prompt, std::vector<osg::Vec3d>& points)
@@ -445,14 +516,19 @@ void KvxMainWindow::finishRoute(bool accepted)
 
 void KvxMainWindow::ShowFrom(const QString& preset)
 {
+    if (m_view)
+        frame(vpe::CViewFraming::Corners(m_view->GetViewer()->GetScene()->GetRootNode()), preset);
+}
+
+void KvxMainWindow::frame(const std::vector<osg::Vec3d>& points, const QString& preset)
+{
     if (!m_view)
         return;
     vpe::CViewer* viewer = m_view->GetViewer();
     vpe::CRefPtr<vpe::CCamera> camera = viewer->GetCamera()->Clone();
     const double aspect = double(qMax(1, m_view->width())) / double(qMax(1, m_view->height()));
     osg::Vec3d eye, target;
-    if (!vpe::CViewFraming::Frame(vpe::CViewFraming::Corners(viewer->GetScene()->GetRootNode()), preset, aspect,
-                                  camera->GetFieldOfView(), eye, target))
+    if (!vpe::CViewFraming::Frame(points, preset, aspect, camera->GetFieldOfView(), eye, target))
         return;
     camera->SetLookAt(eye, target);
     camera->SetAspectRatio(float(aspect));

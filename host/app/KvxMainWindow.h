@@ -6,6 +6,10 @@
 #include <memory>
 #include <vector>
 
+#include "host/db/PfDbHandle.h"
+
+class KvxElementProperties;
+class KvxModelTree;
 class PfDbDocument;
 class PfEdInformationSink;
 class PfQtView;
@@ -44,6 +48,8 @@ public:
     // Whether the document changed since it was opened or saved.
     bool IsModified() const;
     QDockWidget* Page(const QString& id) const;
+    KvxModelTree* ModelTree() const { return m_tree; }
+    KvxElementProperties* Properties() const { return m_properties; }
     QAction* UndoAction() const { return m_undo; }
     QAction* RedoAction() const { return m_redo; }
     // The files opened or saved last, the latest first.
@@ -58,6 +64,8 @@ public slots:
     void Redo();
     // The camera on one of the named sides, the whole model in view.
     void ShowFrom(const QString& preset);
+    // The camera on the selected elements, from the south-west.
+    void ShowSelected();
     void SetOrthographic(bool orthographic);
     void RefreshTitle();
     // The element under a pixel of the view selected (added with Ctrl,
@@ -82,6 +90,10 @@ private:
     void createPages();
     void createStatusBar();
     QMenu* menuAt(const QString& path);
+    QDockWidget* addDock(const QString& id, const QString& title, QWidget* content, Qt::DockWidgetArea area);
+    void createModelDocks();
+    void frame(const std::vector<osg::Vec3d>& points, const QString& preset);
+    void selectFromTree(const std::vector<PfDbHandle>& ids);
     void display(PfDbDocument* document, const QString& path);
     // Shows a document just opened in place of the one shown.
     void replaceDocument(PfDbDocument* opened, const QString& path);
@@ -105,6 +117,9 @@ private:
 
     PfDbDocument* m_document = nullptr;
     PfQtView* m_view = nullptr;
+    KvxModelTree* m_tree = nullptr;
+    KvxElementProperties* m_properties = nullptr;
+    bool m_pickingInTree = false;
     QString m_path;
     unsigned long long m_savedChanges = 0;
     unsigned long long m_autoSavedChanges = 0;
