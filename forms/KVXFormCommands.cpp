@@ -2,11 +2,14 @@
 // registered when the module's library is loaded and taken back when it is
 // unloaded.
 
+#include "KVXLiveCranes.h"
 #include "KVXRecordCommands.h"
 #include "animation/KVXAnimatorManager.h"
 #include "host/model/PfEdPolylinePrompt.h"
 #include "host/model/PfUiCommands.h"
 #include "keyframe/KVXKeyFrameAnimationManager.h"
+
+#include <QApplication>
 
 #include <osg/Vec3d>
 
@@ -38,7 +41,8 @@ bool playOrPauseSchedule()
 std::vector<QString> names()
 {
     std::vector<QString> all = {KVXKeyFrameAnimationManager::kPlayPauseActionName,
-                                QStringLiteral("KVX_PLAY_SCHEDULE"), QStringLiteral("KVX_STOP_ANIMATION")};
+                                QStringLiteral("KVX_PLAY_SCHEDULE"), QStringLiteral("KVX_STOP_ANIMATION"),
+                                QStringLiteral("KVX_LIVE_CRANES"), QStringLiteral("KVX_LIVE_CRANES_SETTINGS")};
     for (const auto& kind : KVXRecordCommands::Kinds())
         all.push_back(kind.name);
     return all;
@@ -54,11 +58,17 @@ struct FormCommands {
                                     return true;
                                 }});
         PfUiCommands::Register({QStringLiteral("KVX_PLAY_SCHEDULE"), QStringLiteral("播放施工进度"), kMenu,
-                                QStringLiteral(":/KVX/VirtualConstructionPage/Image/VirtualConstructionPage/play.png"),
+                                QStringLiteral(":/KVX/Application/play_schedule.png"),
                                 QKeySequence(Qt::Key_F5), false, true, &playOrPauseSchedule});
         PfUiCommands::Register({QStringLiteral("KVX_STOP_ANIMATION"), QStringLiteral("停止"), kMenu,
                                 QStringLiteral(":/KVX/RoamingVideoPage/Image/RoamingVideoPage/stop.png"),
                                 QKeySequence(Qt::Key_Escape), false, true, &KVXRecordCommands::StopAll});
+        PfUiCommands::Register({QStringLiteral("KVX_LIVE_CRANES"), QStringLiteral("实时塔吊"), kMenu,
+                                QStringLiteral(":/KVX/Application/live_cranes.png"), QKeySequence(), true, true,
+                                [] { return KVXLiveCranes::Get()->Toggle(); }});
+        PfUiCommands::Register({QStringLiteral("KVX_LIVE_CRANES_SETTINGS"), QStringLiteral("实时塔吊设置…"), kMenu,
+                                QString(), QKeySequence(), false, false,
+                                [] { return KVXLiveCranes::Get()->EditSettings(QApplication::activeWindow()); }});
         for (const auto& kind : KVXRecordCommands::Kinds())
             PfUiCommands::Register({kind.name, kind.text, kAddMenu, QString(), QKeySequence(), false, false,
                                     [which = kind.kind] { return addRecords(which); }});

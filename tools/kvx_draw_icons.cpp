@@ -96,6 +96,46 @@ void plusOrMinus(QPainter& p, bool plus)
         p.drawLine(QPointF(16, 7), QPointF(16, 25));
 }
 
+// A small play mark in the lower right, over what is played.
+void playBadge(QPainter& p)
+{
+    p.setPen(QPen(Qt::white, 1.5));
+    p.setBrush(kGreen);
+    p.drawPolygon(QPolygonF({QPointF(17, 15), QPointF(31, 23), QPointF(17, 31)}));
+}
+
+// The schedule: a calendar sheet.
+void schedule(QPainter& p)
+{
+    p.setPen(QPen(kInk, 1.5));
+    p.setBrush(Qt::white);
+    p.drawRoundedRect(QRectF(2, 5, 22, 20), 2, 2);
+    p.setBrush(kRed);
+    p.drawRect(QRectF(2, 5, 22, 5));
+    p.setPen(QPen(kInk, 1));
+    for (double x : {8.0, 13.0, 18.0})
+        for (double y : {14.0, 19.0})
+            p.drawPoint(QPointF(x, y));
+    playBadge(p);
+}
+
+// A tower crane with a signal above the jib: live readings.
+void liveCrane(QPainter& p)
+{
+    p.setPen(QPen(kAmber, 2.5, Qt::SolidLine, Qt::SquareCap));
+    p.drawLine(QPointF(10, 30), QPointF(10, 9));
+    p.drawLine(QPointF(3, 10), QPointF(29, 10));
+    p.setPen(QPen(kInk, 1.5));
+    p.drawLine(QPointF(10, 5), QPointF(3, 10));
+    p.drawLine(QPointF(10, 5), QPointF(25, 10));
+    p.drawLine(QPointF(24, 10), QPointF(24, 18));
+    p.drawLine(QPointF(5, 30), QPointF(15, 30));
+    p.setPen(QPen(kGreen, 2, Qt::SolidLine, Qt::RoundCap));
+    p.setBrush(Qt::NoBrush);
+    p.drawArc(QRectF(19, 1, 10, 10), 0, 90 * 16);
+    p.drawArc(QRectF(15, -3, 18, 18), 0, 90 * 16);
+}
+
 bool save(const QDir& dir, const QString& name, const Drawing& draw)
 {
     QImage image(kSize, kSize, QImage::Format_ARGB32_Premultiplied);
@@ -118,6 +158,8 @@ int main(int argc, char** argv)
     const QDir root(QString::fromLocal8Bit(argv[1]));
     const QDir roaming(root.filePath(QStringLiteral("RoamingVideoPage")));
     const QDir construction(root.filePath(QStringLiteral("VirtualConstructionPage")));
+    const QDir window(root.filePath(QStringLiteral("Application")));
+    root.mkpath(QStringLiteral("Application"));
     root.mkpath(QStringLiteral("RoamingVideoPage"));
     root.mkpath(QStringLiteral("VirtualConstructionPage"));
     const struct {
@@ -137,6 +179,8 @@ int main(int argc, char** argv)
         {construction, "add.png", [](QPainter& p) { plusOrMinus(p, true); }},
         {construction, "delete.png", [](QPainter& p) { plusOrMinus(p, false); }},
         {construction, "conflict.png", warning},
+        {window, "play_schedule.png", schedule},
+        {window, "live_cranes.png", liveCrane},
     };
     for (const auto& icon : icons)
         if (!save(icon.dir, QString::fromLatin1(icon.name), icon.draw)) {

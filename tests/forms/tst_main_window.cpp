@@ -9,7 +9,11 @@
 #include "keyframe/KVXRoamingVideoPage.h"
 #include "keyframe/KvxAnimationButtonsPanel.h"
 #include "keyframe/KvxOutputVideoSettingDialog.h"
+#include "animation/KVXPlatformAnimationManager.h"
+#include "forms/KVXLiveCranes.h"
+#include "host/app/KvxElementProperties.h"
 #include "host/app/KvxMainWindow.h"
+#include "host/app/KvxModelTree.h"
 #include "host/app/PfQtView.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
@@ -18,6 +22,7 @@
 #include "host/db/PfDocManager.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfUiActionManager.h"
+#include "host/net/PfCraneSimulator.h"
 #include "host/vpe/render/CViewer.h"
 #include "host/vpe/scene/CCamera.h"
 
@@ -29,6 +34,10 @@
 
 #include <QAction>
 #include <QComboBox>
+#include <QDialogButtonBox>
+#include <QStatusBar>
+#include <QTableWidget>
+#include <QTreeView>
 #include <QMimeData>
 #include <QWheelEvent>
 #include <QDir>
@@ -87,8 +96,17 @@ protected:
         if (!window.OpenDocument(site))
             return false;
         window.show();
+        activate(window);
         waitForFrame(window);
         return true;
+    }
+    // Shortcuts (Space, Esc) go to the active window only. Without a window
+    // manager a window is made active neither by being shown nor when a
+    // dialog over it closes.
+    static void activate(QWidget& window)
+    {
+        window.activateWindow();
+        waitFor([&window] { return QApplication::activeWindow() == &window; });
     }
     // Presses a button of the next message box, keeping its text.
     static ModalAnswer press(QMessageBox::StandardButton button, QString* text = nullptr)
@@ -189,6 +207,95 @@ TEST_F(MainWindow, clickingAnElementSelectsItAndTheListFollows)
     QTest::keyClick(view, Qt::Key_Escape);
     EXPECT_TRUE(window.Document()->GetSelectionSet().IsEmpty());
     EXPECT_EQ(rows->rowCount(), 26);
+    window.close();
+}
+
+TEST_F(MainWindow, theModelTreeAndThePropertiesFollowTheSelectionBothWays)
+{
+    KvxMainWindow window;
+    ASSERT_TRUE(showSite(window));
+    KvxModelTree* tree = window.ModelTree();
+    QTableWidget* properties = window.Properties()->Table();
+    const auto shownName = [&] { return properties->item(window.Properties()->RowOf("名称"), 1)->text(); };
+    PfDbHandle top1 = 0, top3 = 0;
+    QTest::mouseClick(window.View(), Qt::LeftButton, {}, pixelOfTop(window, L"1号楼 6层", top1));
+    const QModelIndexList rows = tree->Tree()->selectionModel()->selectedRows();
+    ASSERT_EQ(rows.size(), 1);
+    EXPECT_EQ(tree->HandleAt(rows.front()), top1);
+    EXPECT_EQ(shownName(), QStringLiteral("1号楼 6层"));
+
+    // Found by search and clicked in the tree: selected in the view and listed.
+    pixelOfTop(window, L"3号楼 10层", top3);
+    tree->SetSearchText(QStringLiteral("3号楼 10"));
+    const QModelIndex row = tree->IndexOf(top3);
+    ASSERT_TRUE(row.isValid());
+    QTest::mouseClick(tree->Tree()->viewport(), Qt::LeftButton, {}, tree->Tree()->visualRect(row).center());
+    EXPECT_EQ(window.Document()->GetSelectionSet().Ids(), std::vector<PfDbHandle>{top3});
+    QAbstractItemModel* listed = KVXAnimationSequenceForm::getInstance()->tableView()->model();
+    ASSERT_EQ(listed->rowCount(), 1);
+    EXPECT_EQ(listed->index(0, 1).data().toString(), QStringLiteral("3号楼 10层"));
+    keep(window, "main_window_tree.png");
+
+    // Renamed in the properties: the tree follows, and the Edit menu undoes it by name.
+    tree->SetSearchText(QString());
+    properties->item(window.Properties()->RowOf("名称"), 1)->setText(QStringLiteral("3号楼 屋面层"));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(tree->IndexOf(top3).data().toString(), QStringLiteral("3号楼 屋面层"));
+    window.RefreshTitle();
+    EXPECT_EQ(window.UndoAction()->text(), QStringLiteral("撤销 重命名构件(&U)"));
+    window.UndoAction()->trigger();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(shownName(), QStringLiteral("3号楼 10层"));
+    EXPECT_TRUE(waitFor([&] { return tree->IndexOf(top3).data().toString() == QStringLiteral("3号楼 10层"); }));
+    const ModalAnswer discard = press(QMessageBox::Discard);
+    window.close();
+}
+
+TEST_F(MainWindow, liveCranesFollowTheSimulatorAndAFailingPlatformIsToldInTheStatusBar)
+{
+    PfCraneSimulator simulator;
+    PfCraneSimulator::Reading reading;
+    reading.rotation = 135.0;
+    reading.height = 48.0;
+    simulator.SetScript({reading});
+    ASSERT_TRUE(simulator.Listen(0));
+    KvxMainWindow window;
+    ASSERT_TRUE(showSite(window));
+    KVXPlatformAnimationManager* live = KVXPlatformAnimationManager::getInstance();
+    QAction* toggle = command("KVX_LIVE_CRANES");
+    ASSERT_NE(toggle, nullptr);
+
+    // No platform set yet: the switch asks for one and keeps it.
+    const QString endpoint = QStringLiteral("http://127.0.0.1:%1/latest").arg(simulator.Port());
+    const ModalAnswer answer([&endpoint](QWidget* dialog) {
+        dialog->findChild<QLineEdit*>(QStringLiteral("endpoint"))->setText(endpoint);
+        dialog->findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
+    });
+    toggle->trigger();
+    EXPECT_TRUE(toggle->isChecked());
+    EXPECT_EQ(QSettings().value(KVXLiveCranes::kEndpointKey).toString(), endpoint);
+    EXPECT_TRUE(waitFor([&] { return live->getCurrentData().rotation == 135.0f; }));
+    EXPECT_EQ(live->getCurrentData().height, 48000.0f);
+    toggle->trigger();
+    EXPECT_FALSE(toggle->isChecked());
+    EXPECT_EQ(live->getPlayingState(), KVXPlatformAnimationManager::Stopped);
+
+    // A platform that refuses: said in the status bar, the cranes stay live.
+    quint16 closed = 0;
+    {
+        PfCraneSimulator gone;
+        ASSERT_TRUE(gone.Listen(0));
+        closed = gone.Port();
+    }
+    QSettings().setValue(KVXLiveCranes::kEndpointKey, QStringLiteral("http://127.0.0.1:%1/latest").arg(closed));
+    toggle->trigger();
+    EXPECT_TRUE(waitFor([&] { return window.statusBar()->currentMessage().startsWith(QStringLiteral("实时塔吊数据：")); }))
+        << window.statusBar()->currentMessage().toStdString();
+    EXPECT_EQ(live->getPlayingState(), KVXPlatformAnimationManager::Playing);
+    activate(window);
+    QTest::keyClick(window.View(), Qt::Key_Escape);
+    EXPECT_EQ(live->getPlayingState(), KVXPlatformAnimationManager::Stopped);
+    EXPECT_FALSE(toggle->isChecked());
     window.close();
 }
 
