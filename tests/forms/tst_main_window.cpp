@@ -153,6 +153,16 @@ TEST_F(MainWindow, opensADocumentWithTheModulesPagesAndUndoesAnEdit)
     QTest::keyClicks(properties->durationEdit(), "9");
     QTest::keyClick(properties->durationEdit(), Qt::Key_Return);
     EXPECT_EQ(record->getDurationDays(), 9);
+    // The start a day later, with the date picker's arrow key.
+    const QDate start = record->getStartDate();
+    QDateEdit* startPicker = properties->startDateEdit();
+    startPicker->setFocus();
+    startPicker->setCurrentSection(QDateTimeEdit::DaySection);
+    QTest::keyClick(startPicker, Qt::Key_Up);
+    EXPECT_EQ(record->getStartDate(), start.addDays(1));
+    EXPECT_EQ(record->getDurationDays(), 9);
+    window.UndoAction()->trigger();
+    EXPECT_EQ(record->getStartDate(), start);
     window.RefreshTitle();
     EXPECT_EQ(window.windowTitle(), QStringLiteral("site.kvx* — KVX"));
     keep(window, "main_window_edited.png");
