@@ -96,14 +96,28 @@ const CommandHelp kHelp[] = {
                   "  --fail-every N                every n-th answer an HTTP 500\n"
                   "  --damaged                     bodies cut in half\n"
                   "example: kvxhost crane-sim --port 8765 --fail-every 10\n"},
+    {"import", "usage: kvxhost import FILE.kvx MODEL.ifc [--out FILE.kvx]\n"
+               "Imports a building model into the document (a new one when FILE.kvx does not exist yet): every\n"
+               "product with a shape becomes an element with its triangles in millimetres, its colour, and its\n"
+               "GlobalId, name, type, storey and storey elevation; spaces and openings are left out. The model is\n"
+               "read in a separate process, so that a damaged file cannot bring anything down. Prints a summary:\n"
+               "products found, imported, skipped and why, and the elements whose shells are not closed.\n"
+               "  --out FILE.kvx                where to save (default: FILE.kvx itself)\n"
+               "example: kvxhost import site.kvx duplex.ifc --out site-with-duplex.kvx\n"},
+    {"read-model", "usage: kvxhost read-model MODEL.ifc\n"
+                   "The import's reading process: streams the model's products to standard output in the\n"
+                   "import's own binary form. Not meant to be run by hand.\n"},
 };
 
 } // namespace
 
 QString KvxCommandLineHelp::Usage()
 {
+    QStringList commands = KvxCommandLineOptions::Commands();
+    // The import's own reading process is not for people.
+    commands.removeAll(QStringLiteral("read-model"));
     return QStringLiteral("usage: kvxhost COMMAND [FILE] [options], COMMAND: %1; kvxhost --help tells more")
-        .arg(KvxCommandLineOptions::Commands().join(QStringLiteral(", ")));
+        .arg(commands.join(QStringLiteral(", ")));
 }
 
 QString KvxCommandLineHelp::Of(const QString& command)

@@ -12,20 +12,25 @@ namespace {
 struct CommandOptions {
     const char* command;
     bool document;
+    // A model file after the document (import) or alone (read-model).
+    bool model;
     // The options it takes, each followed by a space.
     const char* options;
 };
 
 const CommandOptions kCommands[] = {
-    {"demo-site", false, "--out "},
-    {"render", true, "--out --size --camera --view --date --title --no-caption "},
-    {"play", true, "--out --size --seconds-per-day --poster --camera --view --title --no-caption --force "},
-    {"export", true, "--out --size --title --no-caption --force "},
-    {"keyframes", true, "--add --camera --date --delete --out "},
-    {"check", true, "--seconds-per-day "},
-    {"list", true, ""},
-    {"live", true, "--endpoint --header --out --seconds --size --camera --view --title --no-caption "},
-    {"crane-sim", false, "--port --script --slow --fail-every --damaged "},
+    {"demo-site", false, false, "--out "},
+    {"render", true, false, "--out --size --camera --view --date --title --no-caption "},
+    {"play", true, false, "--out --size --seconds-per-day --poster --camera --view --title --no-caption --force "},
+    {"export", true, false, "--out --size --title --no-caption --force "},
+    {"keyframes", true, false, "--add --camera --date --delete --out "},
+    {"check", true, false, "--seconds-per-day "},
+    {"list", true, false, ""},
+    {"live", true, false, "--endpoint --header --out --seconds --size --camera --view --title --no-caption "},
+    {"crane-sim", false, false, "--port --script --slow --fail-every --damaged "},
+    {"import", true, true, "--out "},
+    // The child process of an import: streams a model's products to stdout.
+    {"read-model", false, true, ""},
 };
 
 const CommandOptions* commandOptions(const QString& command)
@@ -90,6 +95,12 @@ QStringList KvxCommandLineOptions::Commands()
     return names;
 }
 
+bool KvxCommandLineOptions::TakesModel(const QString& command)
+{
+    const CommandOptions* options = commandOptions(command);
+    return options && options->model;
+}
+
 bool KvxCommandLineOptions::TakesDocument(const QString& command)
 {
     const CommandOptions* options = commandOptions(command);
@@ -107,6 +118,11 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
             continue;
         }
         if (!argument.startsWith(QLatin1String("--"))) {
+            const bool wantsDocument = allowed && allowed->document && input.isEmpty();
+            if (!wantsDocument && allowed && allowed->model && model.isEmpty()) {
+                model = argument;
+                continue;
+            }
             if (!input.isEmpty() || (allowed && !allowed->document)) {
                 error = QStringLiteral("unexpected argument %1").arg(argument);
                 return false;

@@ -11,6 +11,8 @@
 struct KvxCommandLineOptions {
     QString command;
     QString input;
+    // import, read-model: the building model file.
+    QString model;
     QString out;
     bool sizeGiven = false;
     int width = 1280;
@@ -44,6 +46,8 @@ struct KvxCommandLineOptions {
     static QStringList Commands();
     // Whether the command takes a document as its first argument.
     static bool TakesDocument(const QString& command);
+    // Whether it takes a model file (after the document, if any).
+    static bool TakesModel(const QString& command);
     // Reads the arguments (without the program name); false with the reason.
     bool Parse(const QStringList& arguments, QString& error);
 };

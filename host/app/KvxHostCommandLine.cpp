@@ -1,5 +1,8 @@
 #include "KvxHostCommandLine.h"
 
+#include "host/import/PfIsolatedModelReader.h"
+#include "host/import/PfModelImport.h"
+
 #include "KVXDemoSite.h"
 #include "KvxCommandLineHelp.h"
 #include "KvxCommandLineOptions.h"
@@ -26,6 +29,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
 
@@ -59,14 +63,19 @@ QStringList captionWords(bool caption, const QString& title)
     return words;
 }
 
-// Prints how far a long job has come, a line per tenth: a bar, the frames
-// done, the time it has taken and about how long is left.
+// Prints how far a long job has come, a line per tenth: a bar, the steps
+// (frames, products) done, the time it has taken and about how long is left.
 class ProgressPrinter : public PfProgressMeter::Listener {
 public:
-    ProgressPrinter(QTextStream& out, const QString& label) : m_out(out), m_label(label) {}
+    ProgressPrinter(QTextStream& out, const QString& label, const QString& unit)
+        : m_out(out), m_label(label), m_unit(unit)
+    {
+    }
     void started(const QString&, int total) override
     {
-        m_out << m_label << ": " << total << " frames\n";
+        // A job that does not know its size yet tells it when it does.
+        if (total > 0)
+            m_out << m_label << ": " << total << ' ' << m_unit << '\n';
         m_out.flush();
         m_tenth = 0;
         m_clock.start();
@@ -89,6 +98,7 @@ public:
 private:
     QTextStream& m_out;
     QString m_label;
+    QString m_unit;
     int m_tenth = 0;
     QElapsedTimer m_clock;
 };
@@ -96,8 +106,8 @@ private:
 // Listens to the progress meter while it lives.
 class ProgressScope {
 public:
-    ProgressScope(QTextStream& out, const QString& label)
-        : m_printer(out, label), m_previous(PfProgressMeter::InstallListener(&m_printer))
+    ProgressScope(QTextStream& out, const QString& label, const QString& unit = QStringLiteral("frames"))
+        : m_printer(out, label, unit), m_previous(PfProgressMeter::InstallListener(&m_printer))
     {
     }
     ~ProgressScope() { PfProgressMeter::InstallListener(m_previous); }
@@ -233,7 +243,53 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return craneSimulator(options);
     if (command == QLatin1String("live"))
         return live(options);
+    if (command == QLatin1String("import"))
+        return importModel(options);
+    if (command == QLatin1String("read-model"))
+        return readModel(options);
     return list(options);
+}
+
+int KvxHostCommandLine::importModel(const Options& options)
+{
+    if (options.model.isEmpty())
+        return fail(QStringLiteral("import wants a model: kvxhost import FILE.kvx MODEL.ifc"), 2);
+    if (!QFileInfo(options.model).isFile())
+        return fail(QStringLiteral("%1: no such file").arg(options.model));
+    QString error;
+    PfDbDocument* document = nullptr;
+    if (QFileInfo::exists(options.input)) {
+        PfDbLoadReport report;
+        document = PfDocManagerPtr()->OpenDocument(options.input, &report, &error);
+        if (!document)
+            return fail(error);
+    } else {
+        document = PfDocManagerPtr()->NewDocument();
+    }
+    PfIsolatedModelReader reader(QCoreApplication::applicationFilePath());
+    PfModelImport::Report report;
+    bool done = false;
+    {
+        ProgressScope progress(m_out, QStringLiteral("importing %1").arg(QFileInfo(options.model).fileName()),
+                               QStringLiteral("products"));
+        done = PfModelImport::Import(document->GetDatabase(), reader, options.model, report, &error);
+    }
+    const QString out = options.out.isEmpty() ? options.input : options.out;
+    if (done)
+        done = document->Save(out, &error);
+    PfDocManagerPtr()->CloseDocument(document);
+    if (!done)
+        return fail(error);
+    m_out << report.Text() << '\n' << "wrote " << out << '\n';
+    return 0;
+}
+
+int KvxHostCommandLine::readModel(const Options& options)
+{
+    QFile out;
+    if (options.model.isEmpty() || !out.open(stdout, QIODevice::WriteOnly))
+        return fail(QStringLiteral("read-model wants a model file"), 2);
+    return PfIsolatedModelReader::Serve(options.model, out) ? 0 : 1;
 }
 
 int KvxHostCommandLine::live(const Options& options)

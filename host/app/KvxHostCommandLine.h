@@ -36,6 +36,8 @@ private:
     int check(const Options& options);
     int list(const Options& options);
     int live(const Options& options);
+    int importModel(const Options& options);
+    int readModel(const Options& options);
     // Serves crane readings until the program is stopped.
     int craneSimulator(const Options& options);
     // Opens the document, shows it at the size and puts the camera where the

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "PfModelReader.h"
+
+#include <QString>
+
+class QIODevice;
+
+// Reads a model in a child process (the command line's read-model command),
+// which streams the products back: a reader that crashes, hangs or spoils
+// process-wide state (the number locale, its own globals) on a damaged or
+// hostile file cannot take the application with it.
+class PfIsolatedModelReader : public PfModelReader {
+public:
+    // program: a kvxhost; silence: the longest the child may go without
+    // telling anything before it is taken for hung, in milliseconds.
+    explicit PfIsolatedModelReader(QString program, int silence = 120000);
+
+    bool Read(const QString& path, const Take& take, const Progress& progress, Summary& summary,
+              QString* error) override;
+
+    // The child's side: reads the file with the reader for its kind and
+    // streams what it gives to out; false with the reason (streamed too).
+    static bool Serve(const QString& path, QIODevice& out);
+    // The reader for a file's kind (.ifc, .glb, .gltf, .obj, .stl), null for
+    // another kind.
+    static std::unique_ptr<PfModelReader> ReaderFor(const QString& path);
+
+private:
+    QString m_program;
+    int m_silence;
+};

@@ -1,0 +1,151 @@
+#include "host/db/PfDbDatabase.h"
+#include "host/db/PfDbDocument.h"
+#include "host/db/PfDbObjContainer.h"
+#include "host/db/PfDocManager.h"
+#include "host/model/KVX3DElementObject.h"
+
+#include "tests/support/QtPrinters.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <map>
+
+namespace {
+
+const QString kModels = QStringLiteral(KVX_TEST_DATA "/models/");
+
+struct Answer {
+    int code;
+    QString out;
+    QString err;
+};
+
+// The real program: the reading runs in a child process of it.
+Answer kvxhost(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(QStringLiteral(KVXHOST_PROGRAM), arguments);
+    process.waitForFinished(240000);
+    return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+struct Imported {
+    std::vector<KVX3DElementObject*> elements;
+    osg::BoundingBoxd box;
+    std::map<QString, int> types;
+};
+
+Imported contents(PfDbDocument* document)
+{
+    Imported imported;
+    for (PfDbObject* object : *document->GetDatabase()->GetModelSpace())
+        if (auto* element = KVX3DElementObject::Cast(object)) {
+            imported.elements.push_back(element);
+            ++imported.types[element->Property(PfDbElement::kTypeProperty)];
+            for (const auto& body : element->GetBodies())
+                imported.box.expandBy(body->GetBoundingBox());
+        }
+    return imported;
+}
+
+class ModelImport : public ::testing::Test {
+protected:
+    void TearDown() override { PfDocManagerPtr()->CloseAll(); }
+    QTemporaryDir folder;
+};
+
+TEST_F(ModelImport, everyProductWithAShapeBecomesAnElementInMillimetres)
+{
+    const struct {
+        const char* file;
+        int elements;
+        osg::Vec3d size; // millimetres
+    } cases[] = {
+        {"duplex.ifc", 215, {9300, 26600, 8200}},
+        {"IfcOpenHouse_IFC4.ifc", 34, {0, 0, 0}},
+        // In inches in the file: millimetres in the document all the same.
+        {"construction_scheduling_task_IFC4.ifc", 5, {0, 0, 0}},
+    };
+    for (const auto& c : cases) {
+        const QString out = folder.filePath(QStringLiteral("%1.kvx").arg(QLatin1String(c.file)));
+        const Answer run = kvxhost({"import", out, kModels + QLatin1String(c.file)});
+        ASSERT_EQ(run.code, 0) << c.file << run.err.toStdString();
+        EXPECT_TRUE(run.out.contains(QStringLiteral("%1 elements imported").arg(c.elements))) << run.out.toStdString();
+        PfDbDocument* document = PfDocManagerPtr()->OpenDocument(out);
+        ASSERT_NE(document, nullptr) << c.file;
+        const Imported imported = contents(document);
+        EXPECT_EQ(int(imported.elements.size()), c.elements) << c.file;
+        EXPECT_EQ(imported.types.count(QStringLiteral("IfcSpace")), 0u) << c.file;
+        EXPECT_EQ(imported.types.count(QStringLiteral("IfcOpeningElement")), 0u) << c.file;
+        const osg::Vec3d size(imported.box.xMax() - imported.box.xMin(), imported.box.yMax() - imported.box.yMin(),
+                              imported.box.zMax() - imported.box.zMin());
+        for (int axis = 0; axis < 3; ++axis)
+            if (c.size[axis] > 0)
+                EXPECT_NEAR(size[axis], c.size[axis], 0.02 * c.size[axis]) << c.file << " axis " << axis;
+        PfDocManagerPtr()->CloseDocument(document);
+    }
+}
+
+TEST_F(ModelImport, elementsKeepWhatTheModelSaysOfThem)
+{
+    const QString out = folder.filePath(QStringLiteral("duplex.kvx"));
+    ASSERT_EQ(kvxhost({"import", out, kModels + QStringLiteral("duplex.ifc")}).code, 0);
+    PfDbDocument* document = PfDocManagerPtr()->OpenDocument(out);
+    ASSERT_NE(document, nullptr);
+    Imported imported = contents(document);
+    EXPECT_GT(imported.types[QStringLiteral("IfcWallStandardCase")] + imported.types[QStringLiteral("IfcWall")], 40);
+    EXPECT_GT(imported.types[QStringLiteral("IfcSlab")], 10);
+    int closed = 0;
+    for (KVX3DElementObject* element : imported.elements) {
+        EXPECT_EQ(element->Property(PfDbElement::kGlobalIdProperty).size(), 22) << element->GetHandle();
+        EXPECT_FALSE(element->Property(PfDbElement::kStoreyProperty).isEmpty()) << element->GetHandle();
+        bool shut = true;
+        for (const auto& body : element->GetBodies())
+            shut = shut && body->IsClosed() && body->GetVolume() > 0.0;
+        closed += shut;
+    }
+    // Re-wound shells: most products close (about 84 % do as delivered).
+    EXPECT_GT(closed, int(0.9 * imported.elements.size()));
+}
+
+TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
+{
+    QByteArray duplex;
+    {
+        QFile file(kModels + QStringLiteral("duplex.ifc"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        duplex = file.readAll();
+    }
+    QByteArray random(4096, '\0');
+    for (int i = 0; i < random.size(); ++i)
+        random[i] = char((i * 7919 + 13) % 251);
+    const struct {
+        const char* name;
+        QByteArray bytes;
+    } cases[] = {
+        {"empty.ifc", QByteArray()},
+        {"truncated.ifc", duplex.left(duplex.size() / 2)},
+        {"random.ifc", random},
+    };
+    for (const auto& c : cases) {
+        const QString model = folder.filePath(QLatin1String(c.name));
+        QFile file(model);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(c.bytes);
+        file.close();
+        const QString out = folder.filePath(QStringLiteral("damaged.kvx"));
+        const Answer run = kvxhost({"import", out, model});
+        EXPECT_EQ(run.code, 1) << c.name << run.out.toStdString();
+        EXPECT_EQ(run.err.trimmed().count(QLatin1Char('\n')), 0) << c.name << run.err.toStdString();
+        EXPECT_TRUE(run.err.startsWith(QStringLiteral("kvxhost: "))) << c.name << run.err.toStdString();
+        EXPECT_FALSE(QFileInfo::exists(out)) << c.name;
+    }
+}
+
+} // namespace
