@@ -75,6 +75,46 @@ void clipSegments(std::vector<osg::Vec3f>& vertices, const KVXAnimPlane& bound)
 // straight run: the cut across a face divided into many triangles crosses
 // each of them on one line.
 constexpr double kStraightness = 1e-9;
+// Points of a loop nearer than this (millimetres) are one point met twice:
+// a section through a vertex can give a corner twice, a hair apart.
+constexpr double kDouble = 1e-6;
+
+// The loop with each point that doubles the one kept before it left out.
+// Measured against the point kept, not its raw neighbour: judged against
+// each other, both copies of a doubled corner looked like points on a
+// straight run and the corner was lost.
+vpe::CSection::Loop withoutDoubles(const vpe::CSection::Loop& loop)
+{
+    vpe::CSection::Loop kept;
+    for (const osg::Vec3d& point : loop)
+        if (kept.empty() || (point - kept.back()).length2() > kDouble * kDouble)
+            kept.push_back(point);
+    while (kept.size() > 1 && (kept.back() - kept.front()).length2() <= kDouble * kDouble)
+        kept.pop_back();
+    return kept;
+}
+
+// The loop's corners: a point on the line from the last corner kept to the
+// next point, and between them, is left out.
+vpe::CSection::Loop cornersOf(const vpe::CSection::Loop& loop)
+{
+    const std::size_t n = loop.size();
+    if (n <= 3)
+        return loop;
+    vpe::CSection::Loop kept;
+    for (std::size_t i = 0; i < n; ++i) {
+        const osg::Vec3d& before = kept.empty() ? loop[n - 1] : kept.back();
+        const osg::Vec3d& here = loop[i];
+        const osg::Vec3d& after = loop[(i + 1) % n];
+        const osg::Vec3d across = after - before;
+        // Off the line from its neighbours, or doubling back: a corner.
+        const double off = ((here - before) ^ across).length();
+        const bool between = (here - before) * across > 0.0 && (after - here) * across > 0.0;
+        if (!between || off > kStraightness * across.length2())
+            kept.push_back(here);
+    }
+    return kept;
+}
 
 struct Vec3fHash {
     std::size_t operator()(const osg::Vec3f& v) const
@@ -100,28 +140,12 @@ void KVXCapGeometry::Clear()
     m_usedPoints.clear();
 }
 
-vpe::CSection KVXCapGeometry::straightened(const vpe::CSection& section)
+vpe::CSection KVXCapGeometry::Straightened(const vpe::CSection& section)
 {
     vpe::CSection straight;
     for (const vpe::CSection::Loop& loop : section.GetLoops()) {
-        const std::size_t n = loop.size();
-        if (n <= 3) {
-            straight.AddLoop(loop);
-            continue;
-        }
-        vpe::CSection::Loop kept;
-        for (std::size_t i = 0; i < n; ++i) {
-            const osg::Vec3d& before = loop[(i + n - 1) % n];
-            const osg::Vec3d& here = loop[i];
-            const osg::Vec3d& after = loop[(i + 1) % n];
-            const osg::Vec3d across = after - before;
-            // Off the line from its neighbours, or doubling back: a corner.
-            const double off = ((here - before) ^ across).length();
-            const bool between = (here - before) * across > 0.0 && (after - here) * across > 0.0;
-            if (!between || off > kStraightness * across.length2())
-                kept.push_back(here);
-        }
-        straight.AddLoop(kept.size() >= 3 ? kept : loop);
+        const vpe::CSection::Loop corners = cornersOf(withoutDoubles(loop));
+        straight.AddLoop(corners.size() >= 3 ? corners : loop);
     }
     return straight;
 }
@@ -159,7 +183,7 @@ void KVXCapGeometry::Make(const KVXElementObject& element, const vpe::CSection& 
                           vpe::CStateSet* edgeState)
 {
     Clear();
-    const vpe::CRefPtr<vpe::CBody> shell = vpe::GBodyBuilder::CreateShell(straightened(section), plane, true, false);
+    const vpe::CRefPtr<vpe::CBody> shell = vpe::GBodyBuilder::CreateShell(Straightened(section), plane, true, false);
     if (!shell)
         return;
     std::vector<osg::Vec3f> vertices;

@@ -45,10 +45,12 @@ public:
     vpe::CPrimitiveRenderable* Faces() const { return m_faces.get(); }
     vpe::CPrimitiveRenderable* Edges() const { return m_edges.get(); }
 
+    // The section without the points where its loops run straight on (and
+    // without points met twice): fewer triangles to cover and fewer edges to
+    // draw, the same face.
+    static vpe::CSection Straightened(const vpe::CSection& section);
+
 private:
-    // The section without the points where its loops run straight on: fewer
-    // triangles to cover and fewer edges to draw, the same face.
-    static vpe::CSection straightened(const vpe::CSection& section);
     static std::vector<osg::Vec3f> pointsOf(const vpe::CSection& section);
     // Where each vertex is among the points; false when one is not.
     static bool traceBack(const std::vector<osg::Vec3f>& vertices, const std::vector<osg::Vec3f>& points,

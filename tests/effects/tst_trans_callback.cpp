@@ -1,6 +1,7 @@
 #include "EffectScene.h"
 
 #include "effects/KVXAnimTransCallback.h"
+#include "effects/KVXCapGeometry.h"
 #include "host/vpe/scene/CStateSet.h"
 
 #include "tests/support/ModuleEnvironment.h"
@@ -285,6 +286,32 @@ TEST_F(TransCallback, aSlidingPlaneMovesTheCapInsteadOfMakingIt)
     for (const osg::Vec3f& v : *vertices)
         capZ = std::max(capZ, double(v.z()));
     EXPECT_NEAR(capZ, 0.7 * 3000, 1e-3) << "the moved cap stands where the plane is";
+}
+
+// Cut loops as real models give them: the cap must keep every corner.
+TEST(CapOutline, straighteningKeepsCornersMetTwiceAndDropsPointsOnStraightRuns)
+{
+    const osg::Vec3d corner(1000, 0, 0);
+    const struct {
+        const char* what;
+        vpe::CSection::Loop loop;
+        std::size_t corners;
+    } cases[] = {
+        {"a corner met twice a hair apart", {{0, 0, 0}, corner, corner + osg::Vec3d(0, 1e-9, 0), {1000, 1000, 0}, {0, 1000, 0}}, 4},
+        {"a corner met twice, the second first", {{0, 0, 0}, corner - osg::Vec3d(1e-9, 0, 0), corner, {1000, 1000, 0}, {0, 1000, 0}}, 4},
+        {"a straight run of short pieces", {{0, 0, 0}, {250, 0, 0}, {500, 0, 0}, {750, 0, 0}, corner, {1000, 1000, 0}, {0, 1000, 0}}, 4},
+        {"the loop closing on its first point", {{0, 0, 0}, corner, {1000, 1000, 0}, {0, 1000, 0}, {0, 1e-9, 0}}, 4},
+    };
+    for (const auto& c : cases) {
+        vpe::CSection section;
+        section.AddLoop(c.loop);
+        const vpe::CSection::Loop kept = KVXCapGeometry::Straightened(section).GetLoops().at(0);
+        EXPECT_EQ(kept.size(), c.corners) << c.what;
+        bool hasCorner = false;
+        for (const osg::Vec3d& point : kept)
+            hasCorner = hasCorner || (point - corner).length() < 1e-6;
+        EXPECT_TRUE(hasCorner) << c.what;
+    }
 }
 
 } // namespace
