@@ -10,6 +10,8 @@
 #include "host/db/PfDbDocumentFile.h"
 #include "host/db/PfDbTransactionManager.h"
 #include "host/db/PfDocManager.h"
+#include "host/import/PfIsolatedModelReader.h"
+#include "host/import/PfModelImport.h"
 #include "host/model/PfAutoSave.h"
 #include "host/model/PfEdPolylinePrompt.h"
 #include "host/model/PfGsModelView.h"
@@ -147,6 +149,13 @@ void KvxMainWindow::createMenus()
             SaveDocument(m_path);
     }, QKeySequence::Save);
     file->addAction(QStringLiteral("另存为(&A)…"), this, &KvxMainWindow::saveAs, QKeySequence::SaveAs);
+    file->addSeparator();
+    file->addAction(QStringLiteral("导入模型(&I)…"), this, [this] {
+        const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("导入模型"), QString(),
+                                                          QStringLiteral("IFC 模型 (*.ifc)"));
+        if (!path.isEmpty())
+            ImportModel(path);
+    });
     file->addSeparator();
     file->addAction(QStringLiteral("退出(&X)"), this, &QWidget::close, QKeySequence::Quit);
 
@@ -558,6 +567,26 @@ void KvxMainWindow::SetOrthographic(bool orthographic)
     viewer->SetCamera(*camera);
     viewer->SetDirty();
     m_orthographic->setChecked(orthographic);
+}
+
+bool KvxMainWindow::ImportModel(const QString& path)
+{
+    if (!m_document)
+        return false;
+    PfIsolatedModelReader reader(PfIsolatedModelReader::DefaultProgram());
+    PfModelImport::Report report;
+    QString error;
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const bool imported = PfModelImport::Import(m_document->GetDatabase(), reader, path, report, &error);
+    QApplication::restoreOverrideCursor();
+    if (!imported) {
+        QMessageBox::warning(this, QStringLiteral("导入模型"), QStringLiteral("未能导入模型：%1").arg(error));
+        return false;
+    }
+    statusBar()->showMessage(QStringLiteral("已导入 %1：%2").arg(QFileInfo(path).fileName(), report.Text()));
+    ShowFrom(QStringLiteral("overview"));
+    RefreshTitle();
+    return true;
 }
 
 void KvxMainWindow::open()

@@ -41,6 +41,9 @@ public:
     // offered back.
     bool OpenDocument(const QString& path);
     void NewDocument();
+    // Adds a building model's elements to the document as one undoable
+    // step; false (told in a message box) when the file cannot be read.
+    bool ImportModel(const QString& path);
     // False with the reason when it cannot be written.
     bool SaveDocument(const QString& path, QString* error = nullptr);
     PfDbDocument* Document() const { return m_document; }

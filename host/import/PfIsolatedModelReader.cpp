@@ -3,6 +3,7 @@
 #include "PfIfcReader.h"
 
 #include <QBuffer>
+#include <QCoreApplication>
 #include <QDataStream>
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -30,7 +31,22 @@ void send(QIODevice& out, Kind kind, const std::function<void(QDataStream&)>& bo
     out.write(message);
 }
 
+
+QString& defaultProgram()
+{
+    static QString program;
+    return program;
+}
+
 } // namespace
+
+QString PfIsolatedModelReader::DefaultProgram()
+{
+    return defaultProgram().isEmpty() ? QCoreApplication::applicationDirPath() + QStringLiteral("/kvxhost")
+                                      : defaultProgram();
+}
+
+void PfIsolatedModelReader::SetDefaultProgram(const QString& program) { defaultProgram() = program; }
 
 PfIsolatedModelReader::PfIsolatedModelReader(QString program, int silence)
     : m_program(std::move(program)), m_silence(silence)

@@ -19,6 +19,10 @@ public:
     bool Read(const QString& path, const Take& take, const Progress& progress, Summary& summary,
               QString* error) override;
 
+    // The kvxhost beside the running program, unless another was set.
+    static QString DefaultProgram();
+    static void SetDefaultProgram(const QString& program);
+
     // The child's side: reads the file with the reader for its kind and
     // streams what it gives to out; false with the reason (streamed too).
     static bool Serve(const QString& path, QIODevice& out);

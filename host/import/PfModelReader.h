@@ -3,6 +3,7 @@
 #include "PfImportedProduct.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>

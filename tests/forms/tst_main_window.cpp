@@ -20,6 +20,7 @@
 #include "host/db/PfDbObjContainer.h"
 #include "host/db/PfDbTransactionManager.h"
 #include "host/db/PfDocManager.h"
+#include "host/import/PfIsolatedModelReader.h"
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfUiActionManager.h"
 #include "host/net/PfCraneSimulator.h"
@@ -257,6 +258,35 @@ TEST_F(MainWindow, theModelTreeAndThePropertiesFollowTheSelectionBothWays)
     QCoreApplication::processEvents();
     EXPECT_EQ(shownName(), QStringLiteral("3号楼 10层"));
     EXPECT_TRUE(waitFor([&] { return tree->IndexOf(top3).data().toString() == QStringLiteral("3号楼 10层"); }));
+    const ModalAnswer discard = press(QMessageBox::Discard);
+    window.close();
+}
+
+TEST_F(MainWindow, anImportedModelIsListedByStoreyAndUndoneAsOneStep)
+{
+    PfIsolatedModelReader::SetDefaultProgram(QStringLiteral(KVXHOST_PROGRAM));
+    KvxMainWindow window;
+    ASSERT_TRUE(showSite(window));
+    const QAbstractItemModel* rows = window.ModelTree()->Tree()->model();
+    const int storeys = rows->rowCount();
+    ASSERT_TRUE(window.ImportModel(QStringLiteral(KVX_TEST_DATA "/models/construction_scheduling_task_IFC4.ifc")));
+    window.RefreshTitle();
+    EXPECT_EQ(window.UndoAction()->text(), QStringLiteral("撤销 导入模型(&U)"));
+    EXPECT_TRUE(window.statusBar()->currentMessage().contains(QStringLiteral("5 elements imported")))
+        << window.statusBar()->currentMessage().toStdString();
+    // Its elements come under their own storey.
+    EXPECT_TRUE(waitFor([&] { return rows->rowCount() > storeys; }));
+
+    QString told;
+    {
+        const ModalAnswer answer = press(QMessageBox::Ok, &told);
+        EXPECT_FALSE(window.ImportModel(QStringLiteral(KVX_TEST_DATA "/README.md")));
+    }
+    EXPECT_TRUE(told.contains(QStringLiteral("README.md"))) << told.toStdString();
+
+    window.UndoAction()->trigger();
+    EXPECT_TRUE(waitFor([&] { return rows->rowCount() == storeys; }));
+    window.RedoAction()->trigger();
     const ModalAnswer discard = press(QMessageBox::Discard);
     window.close();
 }

@@ -1,3 +1,4 @@
+#include "host/import/PfImportedProduct.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbObjContainer.h"
@@ -6,6 +7,7 @@
 
 #include "tests/support/QtPrinters.h"
 
+#include <QDataStream>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -132,6 +134,9 @@ TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
         {"empty.ifc", QByteArray()},
         {"truncated.ifc", duplex.left(duplex.size() / 2)},
         {"random.ifc", random},
+        {"missing-reference.ifc", QByteArray(duplex).replace("#123=IFCARBITRARYOPENPROFILEDEF(.CURVE.,$,#122);", "")},
+        {"placed-in-itself.ifc",
+         QByteArray(duplex).replace("#487=IFCLOCALPLACEMENT(#38,#486);", "#487=IFCLOCALPLACEMENT(#487,#486);")},
     };
     for (const auto& c : cases) {
         const QString model = folder.filePath(QLatin1String(c.name));
@@ -145,6 +150,58 @@ TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
         EXPECT_EQ(run.err.trimmed().count(QLatin1Char('\n')), 0) << c.name << run.err.toStdString();
         EXPECT_TRUE(run.err.startsWith(QStringLiteral("kvxhost: "))) << c.name << run.err.toStdString();
         EXPECT_FALSE(QFileInfo::exists(out)) << c.name;
+    }
+}
+
+TEST(ImportedProduct, crossesTheProcessBoundaryWholeAndRefusesDamagedStreams)
+{
+    PfImportedProduct product;
+    product.globalId = QStringLiteral("2O2Fr$t4X7Zf8NOew3FLQD");
+    product.name = QStringLiteral("外墙 W-1");
+    product.type = QStringLiteral("IfcWallStandardCase");
+    product.storey = QStringLiteral("Level 2");
+    product.elevation = 3100.0;
+    product.color = QColor(10, 20, 30, 128);
+    product.shells.push_back({{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}, {{0, 1, 2}}});
+    QByteArray bytes;
+    {
+        QDataStream out(&bytes, QIODevice::WriteOnly);
+        out << product;
+    }
+    PfImportedProduct back;
+    QDataStream in(bytes);
+    in >> back;
+    EXPECT_EQ(back.name, product.name);
+    EXPECT_EQ(back.color, product.color);
+    EXPECT_EQ(back.elevation, 3100.0);
+    ASSERT_EQ(back.shells.size(), 1u);
+    EXPECT_EQ(back.shells[0].vertices, product.shells[0].vertices);
+    EXPECT_EQ(back.shells[0].triangles, product.shells[0].triangles);
+
+    // The triangle's last index is the stream's last four bytes, and the
+    // triangle count the four before its three indices.
+    const auto patched = [&bytes](int fromEnd, quint32 value) {
+        QByteArray copy = bytes;
+        QByteArray word;
+        QDataStream out(&word, QIODevice::WriteOnly);
+        out << value;
+        copy.replace(copy.size() - fromEnd, 4, word);
+        return copy;
+    };
+    const struct {
+        const char* what;
+        QByteArray bytes;
+    } damaged[] = {
+        {"cut short", bytes.left(bytes.size() - 6)},
+        {"an index past the vertices", patched(4, 3)},
+        {"an absurd triangle count", patched(16, 0xfffffff0u)},
+    };
+    for (const auto& d : damaged) {
+        PfImportedProduct read;
+        QDataStream in(d.bytes);
+        in >> read;
+        EXPECT_NE(in.status(), QDataStream::Ok) << d.what;
+        EXPECT_TRUE(read.shells.empty()) << d.what;
     }
 }
 
