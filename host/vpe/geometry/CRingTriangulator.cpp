@@ -235,6 +235,11 @@ bool CRingTriangulator::IsEar(int node, bool touchingBlocks) const
     const osg::Vec2d& c = At(next);
     if (m_sign * cross(a, b, c) <= 0.0)
         return false;
+    // A point on an edge of the ear touches it, also when rounding (of a
+    // turned outline) has put it a hair outside: taken for clear, such a
+    // point let an ear swallow the ring running on from it, and the
+    // triangles folded back over the outside.
+    const double touching = kStraight * std::max({(b - a).length2(), (c - b).length2(), (a - c).length2()});
     const double minX = std::min({a.x(), b.x(), c.x()}), maxX = std::max({a.x(), b.x(), c.x()});
     const double minY = std::min({a.y(), b.y(), c.y()}), maxY = std::max({a.y(), b.y(), c.y()});
     for (int blocker : m_blockers) {
@@ -245,7 +250,7 @@ bool CRingTriangulator::IsEar(int node, bool touchingBlocks) const
         if (p.x() < minX || p.x() > maxX || p.y() < minY || p.y() > maxY || p == a || p == b || p == c)
             continue;
         const double ab = m_sign * cross(a, b, p), bc = m_sign * cross(b, c, p), ca = m_sign * cross(c, a, p);
-        if (touchingBlocks ? ab >= 0.0 && bc >= 0.0 && ca >= 0.0 : ab > 0.0 && bc > 0.0 && ca > 0.0)
+        if (touchingBlocks ? ab >= -touching && bc >= -touching && ca >= -touching : ab > 0.0 && bc > 0.0 && ca > 0.0)
             return false;
     }
     return true;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -425,5 +426,56 @@ INSTANTIATE_TEST_SUITE_P(Planes, SplitBodyMiss,
                                          MissCase{"alongAnEdge", {0, 0, 0}, {1, 1, 0}},
                                          MissCase{"zeroNormal", {1000, 1000, 1000}, {0, 0, 0}}),
                          [](const testing::TestParamInfo<MissCase>& info) { return std::string(info.param.name); });
+
+// Rectilinear outlines as walls and slabs are cut, turned and moved far
+// out, with corners on common lines (rounded off them by the turn): the
+// triangles cover each outline once, none folded back over its outside.
+TEST(TriangulateLoops, turnedRectilinearOutlinesWithCornersInLineAreCoveredWithoutFolds)
+{
+    std::mt19937 random(1);
+    for (int trial = 0; trial < 20000; ++trial) {
+        // Columns of one unit, each with its own top and bottom.
+        const int columns = 3 + int(random() % 12);
+        std::vector<int> top(columns), bottom(columns);
+        for (int i = 0; i < columns; ++i) {
+            top[i] = 2 + int(random() % 3);
+            bottom[i] = -int(random() % 3);
+        }
+        std::vector<osg::Vec2d> ring{{0.0, double(bottom[0])}};
+        for (int i = 0; i < columns; ++i) {
+            ring.push_back({double(i + 1), double(bottom[i])});
+            if (i + 1 < columns && bottom[i + 1] != bottom[i])
+                ring.push_back({double(i + 1), double(bottom[i + 1])});
+        }
+        ring.push_back({double(columns), double(top[columns - 1])});
+        for (int i = columns - 1; i >= 0; --i) {
+            ring.push_back({double(i), double(top[i])});
+            if (i > 0 && top[i - 1] != top[i])
+                ring.push_back({double(i), double(top[i - 1])});
+        }
+        double area = 0.0;
+        for (std::size_t i = 0; i < ring.size(); ++i)
+            area += ring[i].x() * ring[(i + 1) % ring.size()].y() - ring[(i + 1) % ring.size()].x() * ring[i].y();
+        const double angle = (random() % 3600) * 0.1 * osg::PI / 180.0;
+        const osg::Vec2d shift(double(random() % 200000) - 100000.0, double(random() % 200000) - 100000.0);
+        const double scale = 100.0 + random() % 3000;
+        area *= scale * scale / 2.0;
+        for (osg::Vec2d& p : ring) {
+            const osg::Vec2d q = p * scale;
+            p = osg::Vec2d(q.x() * std::cos(angle) - q.y() * std::sin(angle),
+                           q.x() * std::sin(angle) + q.y() * std::cos(angle)) +
+                shift;
+        }
+        double covered = 0.0, mostNegative = 0.0;
+        for (const vpe::CBody::Triangle& t : vpe::GBodyBuilder::TriangulateLoops({ring})) {
+            const osg::Vec2d &a = ring[t[0]], &b = ring[t[1]], &c = ring[t[2]];
+            const double signedArea = ((b - a).x() * (c - a).y() - (b - a).y() * (c - a).x()) / 2.0;
+            covered += std::abs(signedArea);
+            mostNegative = std::min(mostNegative, signedArea);
+        }
+        ASSERT_NEAR(covered, area, 1e-6 * area) << "trial " << trial << ", " << ring.size() << " corners";
+        ASSERT_GT(mostNegative, -1e-6 * area) << "trial " << trial;
+    }
+}
 
 } // namespace
