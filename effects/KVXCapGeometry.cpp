@@ -94,6 +94,25 @@ vpe::CSection::Loop withoutDoubles(const vpe::CSection::Loop& loop)
     return kept;
 }
 
+// Whether the second loop runs through the first one's points backwards.
+bool reversedAlike(const vpe::CSection::Loop& first, const vpe::CSection::Loop& second)
+{
+    const std::size_t n = first.size();
+    if (n == 0 || second.size() != n)
+        return false;
+    const auto same = [](const osg::Vec3d& a, const osg::Vec3d& b) { return (a - b).length2() <= kDouble * kDouble; };
+    for (std::size_t start = 0; start < n; ++start) {
+        if (!same(first[0], second[start]))
+            continue;
+        std::size_t k = 1;
+        while (k < n && same(first[k], second[(start + n - k) % n]))
+            ++k;
+        if (k == n)
+            return true;
+    }
+    return false;
+}
+
 // The loop's corners: a point on the line from the last corner kept to the
 // next point, and between them, is left out.
 vpe::CSection::Loop cornersOf(const vpe::CSection::Loop& loop)
@@ -142,11 +161,23 @@ void KVXCapGeometry::Clear()
 
 vpe::CSection KVXCapGeometry::Straightened(const vpe::CSection& section)
 {
-    vpe::CSection straight;
+    std::vector<vpe::CSection::Loop> loops;
     for (const vpe::CSection::Loop& loop : section.GetLoops()) {
-        const vpe::CSection::Loop corners = cornersOf(withoutDoubles(loop));
-        straight.AddLoop(corners.size() >= 3 ? corners : loop);
+        vpe::CSection::Loop corners = cornersOf(withoutDoubles(loop));
+        loops.push_back(corners.size() >= 3 ? std::move(corners) : loop);
     }
+    // Two loops on the same points wound opposite ways (a frame's opening
+    // and the outline of the sash set in it) enclose nothing between them;
+    // covered both, they drew triangles over the opening, some turned away.
+    std::vector<bool> cancelled(loops.size(), false);
+    for (std::size_t i = 0; i < loops.size(); ++i)
+        for (std::size_t j = i + 1; j < loops.size() && !cancelled[i]; ++j)
+            if (!cancelled[j] && reversedAlike(loops[i], loops[j]))
+                cancelled[i] = cancelled[j] = true;
+    vpe::CSection straight;
+    for (std::size_t i = 0; i < loops.size(); ++i)
+        if (!cancelled[i])
+            straight.AddLoop(std::move(loops[i]));
     return straight;
 }
 

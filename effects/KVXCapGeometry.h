@@ -46,8 +46,8 @@ public:
     vpe::CPrimitiveRenderable* Edges() const { return m_edges.get(); }
 
     // The section without the points where its loops run straight on (and
-    // without points met twice): fewer triangles to cover and fewer edges to
-    // draw, the same face.
+    // without points met twice, and without pairs of loops that cancel):
+    // fewer triangles to cover and fewer edges to draw, the same face.
     static vpe::CSection Straightened(const vpe::CSection& section);
 
 private:

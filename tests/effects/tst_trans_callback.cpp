@@ -314,4 +314,34 @@ TEST(CapOutline, straighteningKeepsCornersMetTwiceAndDropsPointsOnStraightRuns)
     }
 }
 
+TEST(CapOutline, loopsThatCoincideWithOppositeWindingCancel)
+{
+    // A window: the frame (outline and opening) and the sash set in its
+    // opening (outline and glass), one element, cut across.
+    const auto square = [](double from, double to, bool counterClockwise) {
+        vpe::CSection::Loop loop{{from, from, 0}, {to, from, 0}, {to, to, 0}, {from, to, 0}};
+        if (!counterClockwise)
+            std::reverse(loop.begin(), loop.end());
+        return loop;
+    };
+    vpe::CSection section;
+    section.AddLoop(square(0, 1000, true));
+    section.AddLoop(square(100, 900, false));
+    vpe::CSection::Loop sash = square(100, 900, true);
+    std::rotate(sash.begin(), sash.begin() + 2, sash.end());
+    sash[1] += osg::Vec3d(1e-9, 0, 0);
+    section.AddLoop(sash);
+    section.AddLoop(square(200, 800, false));
+    const std::vector<vpe::CSection::Loop> loops = KVXCapGeometry::Straightened(section).GetLoops();
+    ASSERT_EQ(loops.size(), 2u) << "the frame's outline and the glass";
+    EXPECT_EQ(loops[0], square(0, 1000, true));
+    EXPECT_EQ(loops[1], square(200, 800, false));
+
+    // The same outline twice, wound alike, is no such pair.
+    vpe::CSection twice;
+    twice.AddLoop(square(0, 1000, true));
+    twice.AddLoop(square(0, 1000, true));
+    EXPECT_EQ(KVXCapGeometry::Straightened(twice).GetLoops().size(), 2u);
+}
+
 } // namespace
