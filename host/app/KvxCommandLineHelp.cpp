@@ -96,10 +96,11 @@ const CommandHelp kHelp[] = {
                   "  --fail-every N                every n-th answer an HTTP 500\n"
                   "  --damaged                     bodies cut in half\n"
                   "example: kvxhost crane-sim --port 8765 --fail-every 10\n"},
-    {"import", "usage: kvxhost import FILE.kvx MODEL.ifc [--out FILE.kvx]\n"
+    {"import", "usage: kvxhost import FILE.kvx MODEL.ifc|.glb|.gltf|.obj|.stl [--out FILE.kvx]\n"
                "Imports a building model into the document (a new one when FILE.kvx does not exist yet): every\n"
                "product with a shape becomes an element with its triangles in millimetres, its colour, and its\n"
-               "GlobalId, name, type, storey and storey elevation; spaces and openings are left out. The model is\n"
+               "GlobalId, name, type, storey and storey elevation; spaces and openings are left out. Mesh models\n"
+               "(glTF, OBJ, STL) are taken in metres with Y up, a node an element. The model is\n"
                "read in a separate process, so that a damaged file cannot bring anything down. Prints a summary:\n"
                "products found, imported, skipped and why, and the elements whose shells are not closed.\n"
                "  --out FILE.kvx                where to save (default: FILE.kvx itself)\n"

@@ -152,7 +152,7 @@ void KvxMainWindow::createMenus()
     file->addSeparator();
     file->addAction(QStringLiteral("导入模型(&I)…"), this, [this] {
         const QString path = QFileDialog::getOpenFileName(this, QStringLiteral("导入模型"), QString(),
-                                                          QStringLiteral("IFC 模型 (*.ifc)"));
+                                                          QStringLiteral("建筑模型 (*.ifc *.glb *.gltf *.obj *.stl)"));
         if (!path.isEmpty())
             ImportModel(path);
     });

@@ -1,5 +1,6 @@
 #include "PfIsolatedModelReader.h"
 
+#include "PfAssimpReader.h"
 #include "PfIfcReader.h"
 
 #include <QBuffer>
@@ -58,6 +59,8 @@ std::unique_ptr<PfModelReader> PfIsolatedModelReader::ReaderFor(const QString& p
     const QString kind = QFileInfo(path).suffix().toLower();
     if (kind == QLatin1String("ifc"))
         return PfMakeIfcReader();
+    if (QStringList{"glb", "gltf", "obj", "stl"}.contains(kind))
+        return PfMakeAssimpReader();
     return nullptr;
 }
 
@@ -68,7 +71,7 @@ bool PfIsolatedModelReader::Serve(const QString& path, QIODevice& out)
     std::unique_ptr<PfModelReader> reader = ReaderFor(path);
     bool read = false;
     if (!reader)
-        error = QStringLiteral("%1: not a model kind that can be imported (.ifc)").arg(QFileInfo(path).fileName());
+        error = QStringLiteral("%1: not a model kind that can be imported (.ifc, .glb, .gltf, .obj, .stl)").arg(QFileInfo(path).fileName());
     else
         read = reader->Read(
             path,

@@ -9,6 +9,8 @@
 #include "host/model/KVX3DElementObject.h"
 #include "host/model/PfProgressMeter.h"
 
+#include <QFileInfo>
+
 #include <cmath>
 #include <vector>
 
@@ -79,6 +81,11 @@ bool PfModelImport::Import(PfDbDatabase* database, PfModelReader& reader, const 
     report.skipped = summary.skipped;
     if (!read)
         return false;
+    if (products.empty()) {
+        if (error)
+            *error = QStringLiteral("%1: no element with a shape to import").arg(QFileInfo(path).fileName());
+        return false;
+    }
     PfDbTransactionManager* steps = database->TransactionManager();
     steps->StartTransaction()->SetName(kStep);
     for (PfImportedProduct& product : products) {

@@ -94,6 +94,51 @@ TEST_F(ModelImport, everyProductWithAShapeBecomesAnElementInMillimetres)
     }
 }
 
+TEST_F(ModelImport, meshModelsComeInMetresWithYUp)
+{
+    // The duplex as glTF: the same building as from its IFC file.
+    const QString duplex = folder.filePath(QStringLiteral("duplex-glb.kvx"));
+    const Answer glb = kvxhost({"import", duplex, kModels + QStringLiteral("Duplex.ifc.IfcConvert.glb")});
+    ASSERT_EQ(glb.code, 0) << glb.err.toStdString();
+    PfDbDocument* document = PfDocManagerPtr()->OpenDocument(duplex);
+    ASSERT_NE(document, nullptr);
+    Imported imported = contents(document);
+    EXPECT_EQ(imported.elements.size(), 223u) << "a product a node";
+    EXPECT_EQ(imported.elements.front()->Property(PfDbElement::kGlobalIdProperty).size(), 22);
+    const QString fromIfc = folder.filePath(QStringLiteral("duplex-ifc.kvx"));
+    ASSERT_EQ(kvxhost({"import", fromIfc, kModels + QStringLiteral("duplex.ifc")}).code, 0);
+    PfDbDocument* ifcDocument = PfDocManagerPtr()->OpenDocument(fromIfc);
+    ASSERT_NE(ifcDocument, nullptr);
+    const osg::BoundingBoxd ifcBox = contents(ifcDocument).box;
+    // Where the IFC model stands, turned and scaled alike (the conversion
+    // left a few products out along y).
+    for (int axis = 0; axis < 3; ++axis) {
+        EXPECT_GE(imported.box._min[axis], ifcBox._min[axis] - 10.0) << axis;
+        EXPECT_LE(imported.box._max[axis], ifcBox._max[axis] + 10.0) << axis;
+        if (axis != 1)
+            EXPECT_NEAR(imported.box._max[axis] - imported.box._min[axis], ifcBox._max[axis] - ifcBox._min[axis], 10.0)
+                << axis;
+    }
+
+    // A box 2 m wide, 1 m tall and 3 m deep, written by hand.
+    const QString obj = folder.filePath(QStringLiteral("box.obj"));
+    QFile file(obj);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("o 箱子\nv 0 0 0\nv 2 0 0\nv 2 1 0\nv 0 1 0\nv 0 0 3\nv 2 0 3\nv 2 1 3\nv 0 1 3\n"
+               "f 1 4 3 2\nf 5 6 7 8\nf 1 2 6 5\nf 2 3 7 6\nf 3 4 8 7\nf 4 1 5 8\n");
+    file.close();
+    const QString boxDocument = folder.filePath(QStringLiteral("box.kvx"));
+    ASSERT_EQ(kvxhost({"import", boxDocument, obj}).code, 0);
+    document = PfDocManagerPtr()->OpenDocument(boxDocument);
+    ASSERT_NE(document, nullptr);
+    imported = contents(document);
+    ASSERT_EQ(imported.elements.size(), 1u);
+    EXPECT_NEAR(imported.box.xMax() - imported.box.xMin(), 2000.0, 1e-6);
+    EXPECT_NEAR(imported.box.yMax() - imported.box.yMin(), 3000.0, 1e-6) << "its depth, along -z";
+    EXPECT_NEAR(imported.box.zMax() - imported.box.zMin(), 1000.0, 1e-6) << "its height, along y";
+    EXPECT_TRUE(imported.elements.front()->GetFirstBody()->IsClosed());
+}
+
 TEST_F(ModelImport, elementsKeepWhatTheModelSaysOfThem)
 {
     const QString out = folder.filePath(QStringLiteral("duplex.kvx"));
@@ -124,6 +169,12 @@ TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
         ASSERT_TRUE(file.open(QIODevice::ReadOnly));
         duplex = file.readAll();
     }
+    QByteArray glb;
+    {
+        QFile file(kModels + QStringLiteral("Duplex.ifc.IfcConvert.glb"));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        glb = file.readAll();
+    }
     QByteArray random(4096, '\0');
     for (int i = 0; i < random.size(); ++i)
         random[i] = char((i * 7919 + 13) % 251);
@@ -134,6 +185,8 @@ TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
         {"empty.ifc", QByteArray()},
         {"truncated.ifc", duplex.left(duplex.size() / 2)},
         {"random.ifc", random},
+        {"truncated.glb", glb.left(glb.size() / 2)},
+        {"random.obj", random},
         {"missing-reference.ifc", QByteArray(duplex).replace("#123=IFCARBITRARYOPENPROFILEDEF(.CURVE.,$,#122);", "")},
         {"placed-in-itself.ifc",
          QByteArray(duplex).replace("#487=IFCLOCALPLACEMENT(#38,#486);", "#487=IFCLOCALPLACEMENT(#487,#486);")},
@@ -148,7 +201,10 @@ TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
         const Answer run = kvxhost({"import", out, model});
         EXPECT_EQ(run.code, 1) << c.name << run.out.toStdString();
         EXPECT_EQ(run.err.trimmed().count(QLatin1Char('\n')), 0) << c.name << run.err.toStdString();
-        EXPECT_TRUE(run.err.startsWith(QStringLiteral("kvxhost: "))) << c.name << run.err.toStdString();
+        EXPECT_TRUE(run.err.startsWith(QStringLiteral("kvxhost: %1: ").arg(QLatin1String(c.name))))
+            << c.name << run.err.toStdString();
+        EXPECT_GT(run.err.trimmed().size(), QStringLiteral("kvxhost: %1: ").arg(QLatin1String(c.name)).size() + 5)
+            << c.name << ": says why";
         EXPECT_FALSE(QFileInfo::exists(out)) << c.name;
     }
 }
