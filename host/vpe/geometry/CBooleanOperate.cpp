@@ -28,6 +28,11 @@ struct Edge {
 
 using IndexLoop = std::vector<std::uint32_t>;
 
+std::uint64_t edgeKey(std::uint32_t a, std::uint32_t b)
+{
+    return (static_cast<std::uint64_t>(std::min(a, b)) << 32) | std::max(a, b);
+}
+
 // One split in progress: the side of the plane each of the body's vertices
 // lies on, the crossing points (numbered on from the body's vertices), and
 // the triangles of each part as indices into both.
@@ -51,6 +56,15 @@ private:
     std::uint32_t VertexCount() const { return static_cast<std::uint32_t>(m_sides.size() + m_crossingPoints.size()); }
     void AddPositive(const CBody::Triangle& t);
     void AddNegative(const CBody::Triangle& t) { m_negative.push_back(t); }
+    // A triangle lying in the plane: with its area facing along the normal
+    // it closes the negative part from above, else the positive one from
+    // below; 0 for one of no area, which faces nowhere.
+    int Facing(const CBody::Triangle& t) const;
+    void AddInPlane(const CBody::Triangle& t, bool positive, std::unordered_map<std::uint64_t, int>& sides);
+    // Triangles of no area in the plane go with the in-plane triangles
+    // around them: the sign of a 1e-9 mm² area put two of one ledge on
+    // opposite sides, and an edge of a part was used four times.
+    void PlaceFlat(std::vector<CBody::Triangle> flat, std::unordered_map<std::uint64_t, int>& sides);
     void Clip(const CBody::Triangle& t);
     std::uint32_t Crossing(std::uint32_t a, std::uint32_t b);
     std::vector<Edge> BoundaryEdges() const;
@@ -95,6 +109,8 @@ void BodySplitter::Split()
     const std::size_t count = m_body.GetTriangles().size();
     m_positive.reserve(count);
     m_negative.reserve(count);
+    std::unordered_map<std::uint64_t, int> inPlaneSides;
+    std::vector<CBody::Triangle> flat;
     for (const CBody::Triangle& t : m_body.GetTriangles()) {
         // A repeated corner makes no area, and the triangle's edges pair up
         // among themselves.
@@ -108,11 +124,64 @@ void BodySplitter::Split()
             AddNegative(t);
         } else if (lowest < 0) {
             Clip(t);
+        } else if (const int facing = Facing(t)) {
+            AddInPlane(t, facing < 0, inPlaneSides);
         } else {
-            const osg::Vec3d& p = Point(t[0]);
-            const bool facesAlong = ((Point(t[1]) - p) ^ (Point(t[2]) - p)) * m_plane.GetNormal() > 0.0;
-            facesAlong ? AddNegative(t) : AddPositive(t);
+            flat.push_back(t);
         }
+    }
+    PlaceFlat(std::move(flat), inPlaneSides);
+}
+
+int BodySplitter::Facing(const CBody::Triangle& t) const
+{
+    const osg::Vec3d& p = Point(t[0]);
+    const osg::Vec3d& q = Point(t[1]);
+    const osg::Vec3d& r = Point(t[2]);
+    const double longest = std::max({(q - p).length2(), (r - q).length2(), (p - r).length2()});
+    const double along = ((q - p) ^ (r - p)) * m_plane.GetNormal();
+    if (std::abs(along) <= kRelativeTolerance * longest)
+        return 0;
+    return along > 0.0 ? 1 : -1;
+}
+
+void BodySplitter::AddInPlane(const CBody::Triangle& t, bool positive,
+                              std::unordered_map<std::uint64_t, int>& sides)
+{
+    positive ? AddPositive(t) : AddNegative(t);
+    for (int k = 0; k < 3; ++k)
+        sides[edgeKey(t[k], t[(k + 1) % 3])] = positive ? 1 : -1;
+}
+
+void BodySplitter::PlaceFlat(std::vector<CBody::Triangle> flat, std::unordered_map<std::uint64_t, int>& sides)
+{
+    // Placed ones tell their neighbours in turn; what touches none goes by
+    // its (meaningless) sign, as before.
+    bool placed = true;
+    while (!flat.empty() && placed) {
+        placed = false;
+        for (std::size_t i = 0; i < flat.size();) {
+            const CBody::Triangle& t = flat[i];
+            int side = 0;
+            for (int k = 0; k < 3 && side == 0; ++k) {
+                const auto found = sides.find(edgeKey(t[k], t[(k + 1) % 3]));
+                if (found != sides.end())
+                    side = found->second;
+            }
+            if (side == 0) {
+                ++i;
+                continue;
+            }
+            AddInPlane(t, side > 0, sides);
+            flat[i] = flat.back();
+            flat.pop_back();
+            placed = true;
+        }
+    }
+    for (const CBody::Triangle& t : flat) {
+        const osg::Vec3d& p = Point(t[0]);
+        const bool facesAlong = ((Point(t[1]) - p) ^ (Point(t[2]) - p)) * m_plane.GetNormal() > 0.0;
+        facesAlong ? AddNegative(t) : AddPositive(t);
     }
 }
 

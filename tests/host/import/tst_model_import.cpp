@@ -1,4 +1,9 @@
+#include "host/import/PfIfcReader.h"
 #include "host/import/PfImportedProduct.h"
+#include "host/import/PfModelImport.h"
+#include "host/vpe/geometry/CBooleanOperate.h"
+#include "host/vpe/geometry/CPlane.h"
+#include "host/vpe/geometry/CSection.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbObjContainer.h"
@@ -259,6 +264,35 @@ TEST(ImportedProduct, crossesTheProcessBoundaryWholeAndRefusesDamagedStreams)
         EXPECT_NE(in.status(), QDataStream::Ok) << d.what;
         EXPECT_TRUE(read.shells.empty()) << d.what;
     }
+}
+
+// A wall of the duplex with a ledge at 3200 mm, cut a hair above it: two
+// of the ledge's triangles have no area (about 1e-9 mm², normals of either
+// sign), and were put on opposite sides by that sign.
+TEST(ImportedSplit, aWallCutAtItsLedgeSplitsIntoClosedParts)
+{
+    PfDbDatabase database;
+    PfModelImport::Report report;
+    QString error;
+    ASSERT_TRUE(PfModelImport::Import(&database, *PfMakeIfcReader(), kModels + QStringLiteral("duplex.ifc"), report,
+                                      &error))
+        << error.toStdString();
+    const KVX3DElementObject* wall = nullptr;
+    for (PfDbObject* object : *database.GetModelSpace())
+        if (auto* element = KVX3DElementObject::Cast(object);
+            element && element->Property(PfDbElement::kGlobalIdProperty) == QStringLiteral("2O2Fr$t4X7Zf8NOew3FLQD"))
+            wall = element;
+    ASSERT_NE(wall, nullptr);
+    ASSERT_TRUE(wall->GetFirstBody()->IsClosed());
+    vpe::CRefPtr<vpe::CBody> above, below;
+    vpe::CSection section;
+    ASSERT_TRUE(vpe::CBooleanOperate(true, true, true, true)
+                    .SplitBody(*wall->GetFirstBody(), vpe::CPlane({0, 0, 3200.0000000001965}, {0, 0, 1}), above,
+                               below, section));
+    EXPECT_TRUE(above->IsClosed());
+    EXPECT_TRUE(below->IsClosed());
+    EXPECT_NEAR(above->GetVolume() + below->GetVolume(), wall->GetFirstBody()->GetVolume(),
+                1e-6 * wall->GetFirstBody()->GetVolume());
 }
 
 } // namespace
