@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QDate>
+#include <QString>
+#include <QStringList>
+
+#include <vector>
+
+// One activity of a schedule as its planning tool gave it.
+struct PfScheduleTask {
+    QString id;   // the tool's own key (task_id, UID)
+    QString code; // what planners call it by (A1010, WBS code)
+    QString name;
+    QString project;
+    // The work breakdown above it, outermost first.
+    QStringList wbsPath;
+    // Planned (baseline), early and actual dates; null when not given.
+    QDate plannedStart, plannedFinish;
+    QDate earlyStart, earlyFinish;
+    QDate actualStart, actualFinish;
+    bool milestone = false;
+    // Groups other tasks; kept for the tree, never animated.
+    bool summary = false;
+    QString activityType;
+    QStringList predecessors; // ids
+
+    // The dates a film shows: actual where the work was done, else early,
+    // else planned.
+    QDate Start() const;
+    QDate Finish() const;
+};
+
+// A schedule read from a file: its tasks in the file's order and how the
+// file was read.
+struct PfSchedule {
+    std::vector<PfScheduleTask> tasks;
+    // The text encoding the file was read in ("UTF-8", "Windows-1252").
+    QString encoding;
+    QStringList projects;
+
+    const PfScheduleTask* Find(const QString& codeOrName) const;
+};

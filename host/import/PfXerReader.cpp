@@ -1,0 +1,164 @@
+#include "PfXerReader.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QHash>
+#include <QTextCodec>
+
+#include <map>
+
+namespace {
+
+struct Table {
+    QStringList fields;
+    // Each row's values and the line it came from.
+    std::vector<std::pair<QStringList, int>> rows;
+
+    QString value(const QStringList& row, const char* field) const
+    {
+        const int at = fields.indexOf(QLatin1String(field));
+        return at >= 0 && at < row.size() ? row.at(at) : QString();
+    }
+};
+
+QString decode(const QByteArray& bytes, QString& encoding)
+{
+    QTextCodec::ConverterState state;
+    const QString utf8 = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
+    if (state.invalidChars == 0) {
+        encoding = QStringLiteral("UTF-8");
+        return utf8;
+    }
+    encoding = QStringLiteral("Windows-1252");
+    return QTextCodec::codecForName("Windows-1252")->toUnicode(bytes);
+}
+
+// "2015-02-24 08:00" (the time of day is not kept); empty is no date.
+bool readDate(const QString& text, QDate& date)
+{
+    if (text.isEmpty())
+        return true;
+    date = QDate::fromString(text.left(10), QStringLiteral("yyyy-MM-dd"));
+    return date.isValid();
+}
+
+bool fail(QString* error, int line, const QString& reason)
+{
+    if (error)
+        *error = line > 0 ? QStringLiteral("line %1: %2").arg(line).arg(reason) : reason;
+    return false;
+}
+
+} // namespace
+
+bool PfXerReader::ReadFile(const QString& path, PfSchedule& schedule, QString* error)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), file.errorString()));
+    QString reason;
+    if (Read(file.readAll(), schedule, &reason))
+        return true;
+    return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), reason));
+}
+
+bool PfXerReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString* error)
+{
+    PfSchedule read;
+    const QStringList lines = decode(bytes, read.encoding).split(QLatin1Char('\n'));
+    if (lines.isEmpty() || !lines.front().startsWith(QLatin1String("ERMHDR")))
+        return fail(error, 1, QStringLiteral("not a P6 XER file (it does not start with ERMHDR)"));
+    std::map<QString, Table> tables;
+    Table* current = nullptr;
+    bool ended = false;
+    for (int i = 1; i < lines.size() && !ended; ++i) {
+        QString line = lines.at(i);
+        if (line.endsWith(QLatin1Char('\r')))
+            line.chop(1);
+        const QStringList cells = line.split(QLatin1Char('\t'));
+        const QString& mark = cells.front();
+        if (mark == QLatin1String("%T")) {
+            current = &tables[cells.value(1)];
+        } else if (mark == QLatin1String("%F")) {
+            if (!current)
+                return fail(error, i + 1, QStringLiteral("fields before any table"));
+            current->fields = cells.mid(1);
+        } else if (mark == QLatin1String("%R")) {
+            if (!current || current->fields.isEmpty())
+                return fail(error, i + 1, QStringLiteral("a row before its table's fields"));
+            current->rows.emplace_back(cells.mid(1), i + 1);
+        } else if (mark == QLatin1String("%E")) {
+            ended = true;
+        } else if (!line.isEmpty()) {
+            return fail(error, i + 1, QStringLiteral("a line that is no table, field or row"));
+        }
+    }
+    if (!ended)
+        return fail(error, lines.size(), QStringLiteral("the file is cut short (no %E at its end)"));
+    const auto taskTable = tables.find(QStringLiteral("TASK"));
+    if (taskTable == tables.end())
+        return fail(error, 0, QStringLiteral("no TASK table"));
+
+    QHash<QString, QString> projects;
+    const Table& projectTable = tables[QStringLiteral("PROJECT")];
+    for (const auto& [row, line] : projectTable.rows) {
+        projects.insert(projectTable.value(row, "proj_id"), projectTable.value(row, "proj_short_name"));
+        read.projects << projectTable.value(row, "proj_short_name");
+    }
+    // The work breakdown: a name and a parent per node; the project's own
+    // node is not part of the path.
+    struct Node {
+        QString name;
+        QString parent;
+        bool project;
+    };
+    QHash<QString, Node> wbs;
+    const Table& wbsTable = tables[QStringLiteral("PROJWBS")];
+    for (const auto& [row, line] : wbsTable.rows)
+        wbs.insert(wbsTable.value(row, "wbs_id"), {wbsTable.value(row, "wbs_name"), wbsTable.value(row, "parent_wbs_id"),
+                                                   wbsTable.value(row, "proj_node_flag") == QLatin1String("Y")});
+    const auto pathOf = [&wbs](QString id) {
+        QStringList path;
+        for (int depth = 0; wbs.contains(id) && depth < 1000; ++depth) {
+            const Node& node = wbs[id];
+            if (!node.project)
+                path.prepend(node.name);
+            id = node.parent;
+        }
+        return path;
+    };
+
+    const Table& tasks = taskTable->second;
+    for (const auto& [row, line] : tasks.rows) {
+        PfScheduleTask task;
+        task.id = tasks.value(row, "task_id");
+        task.code = tasks.value(row, "task_code");
+        task.name = tasks.value(row, "task_name");
+        task.project = projects.value(tasks.value(row, "proj_id"));
+        task.wbsPath = pathOf(tasks.value(row, "wbs_id"));
+        task.activityType = tasks.value(row, "task_type");
+        task.milestone = task.activityType == QLatin1String("TT_Mile") || task.activityType == QLatin1String("TT_FinMile");
+        task.summary = task.activityType == QLatin1String("TT_WBS");
+        const struct {
+            const char* field;
+            QDate* date;
+        } dates[] = {{"target_start_date", &task.plannedStart}, {"target_end_date", &task.plannedFinish},
+                     {"early_start_date", &task.earlyStart},    {"early_end_date", &task.earlyFinish},
+                     {"act_start_date", &task.actualStart},     {"act_end_date", &task.actualFinish}};
+        for (const auto& d : dates)
+            if (!readDate(tasks.value(row, d.field), *d.date))
+                return fail(error, line,
+                            QStringLiteral("%1 of task %2 is no date: \"%3\"")
+                                .arg(QLatin1String(d.field), task.code, tasks.value(row, d.field)));
+        read.tasks.push_back(std::move(task));
+    }
+    QHash<QString, PfScheduleTask*> byId;
+    for (PfScheduleTask& task : read.tasks)
+        byId.insert(task.id, &task);
+    const Table& links = tables[QStringLiteral("TASKPRED")];
+    for (const auto& [row, line] : links.rows)
+        if (PfScheduleTask* task = byId.value(links.value(row, "task_id")))
+            task->predecessors << links.value(row, "pred_task_id");
+    schedule = std::move(read);
+    return true;
+}
