@@ -1,3 +1,4 @@
+#include "host/import/PfMspdiReader.h"
 #include "host/import/PfXerReader.h"
 
 #include "tests/support/QtPrinters.h"
@@ -91,6 +92,54 @@ TEST(XerReader, damagedFilesAreToldByLineAndChangeNothing)
         EXPECT_FALSE(PfXerReader::Read(c.bytes, schedule, &error)) << c.what;
         EXPECT_TRUE(error.contains(QLatin1String(c.says))) << c.what << ": " << error.toStdString();
         EXPECT_FALSE(error.contains(QLatin1Char('\n'))) << c.what;
+        EXPECT_EQ(schedule.encoding, QStringLiteral("untouched")) << c.what;
+    }
+}
+
+TEST(MspdiReader, readsOutlinesSummariesMilestonesLinksAndDates)
+{
+    PfSchedule schedule;
+    QString error;
+    ASSERT_TRUE(PfMspdiReader::ReadFile(kSchedules + QStringLiteral("mpxj_sample1.xml"), schedule, &error))
+        << error.toStdString();
+    EXPECT_EQ(schedule.tasks.size(), 23u);
+    EXPECT_EQ(schedule.projects, QStringList{"MPXJ Sample"});
+    const PfScheduleTask* assigned = schedule.Find(QStringLiteral("Assigned Task 1"));
+    ASSERT_NE(assigned, nullptr);
+    EXPECT_EQ(assigned->code, QStringLiteral("3.13.1"));
+    EXPECT_EQ(assigned->wbsPath, (QStringList{"Task Relationships", "Resource Assignments"})) << "three deep";
+    EXPECT_EQ(assigned->Start(), QDate(2003, 1, 7));
+    EXPECT_EQ(assigned->Finish(), QDate(2003, 1, 13));
+    EXPECT_TRUE(schedule.Find(QStringLiteral("Third task"))->milestone);
+    EXPECT_TRUE(schedule.Find(QStringLiteral("Resource Assignments"))->summary);
+    EXPECT_EQ(schedule.Find(QStringLiteral("Related Task 1b"))->predecessors, QStringList{"9"});
+    EXPECT_EQ(schedule.Find(QStringLiteral("Second Task"))->wbsPath, QStringList{"First Task"});
+
+    ASSERT_TRUE(PfMspdiReader::ReadFile(kSchedules + QStringLiteral("mpxj_mspdirelations.xml"), schedule, &error));
+    EXPECT_EQ(schedule.tasks.size(), 6u) << "five and the project's own summary";
+    EXPECT_EQ(schedule.Find(QStringLiteral("Task 5"))->predecessors, QStringList{"4"});
+}
+
+TEST(MspdiReader, damagedFilesAreToldByLineAndChangeNothing)
+{
+    const QByteArray task = "<Project xmlns=\"http://schemas.microsoft.com/project\"><Tasks>\n"
+                            "<Task><UID>1</UID><Name>Slab</Name><Start>%1</Start></Task>\n</Tasks></Project>\n";
+    const struct {
+        const char* what;
+        QByteArray bytes;
+        const char* says;
+    } cases[] = {
+        {"cut short", QByteArray(task).replace("%1", "2026-03-02T08:00:00").left(60), "line"},
+        {"a bad date", QByteArray(task).replace("%1", "2026-02-30T08:00:00"), "line 2: Start of task Slab"},
+        {"no tasks", "<Project><Tasks/></Project>", "no tasks"},
+        {"not MSPDI", "<html><body/></html>", "not a Microsoft Project XML file"},
+    };
+    for (const auto& c : cases) {
+        PfSchedule schedule;
+        schedule.encoding = QStringLiteral("untouched");
+        QString error;
+        EXPECT_FALSE(PfMspdiReader::Read(c.bytes, schedule, &error)) << c.what;
+        EXPECT_TRUE(error.contains(QLatin1String(c.says))) << c.what << ": " << error.toStdString();
         EXPECT_EQ(schedule.encoding, QStringLiteral("untouched")) << c.what;
     }
 }
