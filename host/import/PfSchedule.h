@@ -23,6 +23,9 @@ struct PfScheduleTask {
     bool summary = false;
     QString activityType;
     QStringList predecessors; // ids
+    // Which elements the task builds, when the file says so itself (a CSV
+    // column); linking rules read it.
+    QString elementFilter;
 
     // The dates a film shows: actual where the work was done, else early,
     // else planned.
@@ -36,6 +39,9 @@ struct PfSchedule {
     std::vector<PfScheduleTask> tasks;
     // The text encoding the file was read in ("UTF-8", "Windows-1252").
     QString encoding;
+    // For text tables: the delimiter and the date format found.
+    QChar delimiter;
+    QString dateFormat;
     QStringList projects;
 
     const PfScheduleTask* Find(const QString& codeOrName) const;

@@ -1,3 +1,4 @@
+#include "host/import/PfCsvScheduleReader.h"
 #include "host/import/PfMspdiReader.h"
 #include "host/import/PfXerReader.h"
 
@@ -140,6 +141,72 @@ TEST(MspdiReader, damagedFilesAreToldByLineAndChangeNothing)
         QString error;
         EXPECT_FALSE(PfMspdiReader::Read(c.bytes, schedule, &error)) << c.what;
         EXPECT_TRUE(error.contains(QLatin1String(c.says))) << c.what << ": " << error.toStdString();
+        EXPECT_EQ(schedule.encoding, QStringLiteral("untouched")) << c.what;
+    }
+}
+
+TEST(CsvScheduleReader, findsTheDelimiterTheDateFormatAndTheEncoding)
+{
+    const struct {
+        const char* what;
+        QString text;
+        const char* codec;
+        QChar delimiter;
+        const char* format;
+        const char* encoding;
+        const char* name;
+    } cases[] = {
+        {"Chinese headers, a quoted comma",
+         QStringLiteral("\ufeff名称,开始,结束,编码,类型,构件\n\"二层, 楼板\",2026-03-02,2026-03-06,B2-01,layered,Storey=Level 2\n"),
+         "UTF-8", QLatin1Char(','), "yyyy-MM-dd", "UTF-8", "二层, 楼板"},
+        {"the national code page, tabs",
+         QStringLiteral("任务名称\t开始日期\t结束日期\n二层楼板\t2026/3/2\t2026/3/6\n"), "GB18030", QLatin1Char('\t'),
+         "yyyy/M/d", "GB18030", "二层楼板"},
+        {"semicolons, dotted dates", QStringLiteral("Task;Start;Finish\nSlab L2;2.3.2026;6.3.2026\n"), "UTF-8",
+         QLatin1Char(';'), "d.M.yyyy", "UTF-8", "Slab L2"},
+        {"month first, as a day past 12 shows",
+         QStringLiteral("name,start,finish\nSlab L2,3/2/2026,3/16/2026 17:00\n"), "UTF-8", QLatin1Char(','),
+         "M/d/yyyy", "UTF-8", "Slab L2"},
+    };
+    for (const auto& c : cases) {
+        PfSchedule schedule;
+        QString error;
+        ASSERT_TRUE(PfCsvScheduleReader::Read(QTextCodec::codecForName(c.codec)->fromUnicode(c.text), schedule, &error))
+            << c.what << ": " << error.toStdString();
+        EXPECT_EQ(schedule.delimiter, c.delimiter) << c.what;
+        EXPECT_EQ(schedule.dateFormat, QLatin1String(c.format)) << c.what;
+        EXPECT_EQ(schedule.encoding, QLatin1String(c.encoding)) << c.what;
+        ASSERT_EQ(schedule.tasks.size(), 1u) << c.what;
+        EXPECT_EQ(schedule.tasks[0].Start(), QDate(2026, 3, 2)) << c.what;
+        EXPECT_EQ(schedule.tasks[0].name, QString::fromUtf8(c.name)) << c.what;
+        if (&c == &cases[0]) {
+            EXPECT_EQ(schedule.tasks[0].code, QStringLiteral("B2-01"));
+            EXPECT_EQ(schedule.tasks[0].activityType, QStringLiteral("layered"));
+            EXPECT_EQ(schedule.tasks[0].elementFilter, QStringLiteral("Storey=Level 2"));
+        }
+    }
+}
+
+TEST(CsvScheduleReader, damagedTablesAreToldByLineAndChangeNothing)
+{
+    const struct {
+        const char* what;
+        const char* text;
+        const char* says;
+    } cases[] = {
+        {"no name column", "start,finish\n2026-03-02,2026-03-06\n", "line 1: the header names no name column"},
+        {"a date no format reads", "name,start,finish\nA,2026-03-02,2026-03-06\nB,soon,2026-03-09\n",
+         "line 3: no date in \"soon\""},
+        {"a finish before the start", "name,start,finish\nA,2026-03-06,2026-03-02\n", "line 2: A finishes before"},
+        {"no tasks", "name,start,finish\n\n", "no tasks"},
+        {"empty", "", "line 1: no header row"},
+    };
+    for (const auto& c : cases) {
+        PfSchedule schedule;
+        schedule.encoding = QStringLiteral("untouched");
+        QString error;
+        EXPECT_FALSE(PfCsvScheduleReader::Read(QByteArray(c.text), schedule, &error)) << c.what;
+        EXPECT_TRUE(error.contains(QString::fromUtf8(c.says))) << c.what << ": " << error.toStdString();
         EXPECT_EQ(schedule.encoding, QStringLiteral("untouched")) << c.what;
     }
 }
