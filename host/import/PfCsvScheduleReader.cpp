@@ -1,33 +1,6 @@
 #include "PfCsvScheduleReader.h"
 
-#include <QFile>
-#include <QFileInfo>
-#include <QTextCodec>
-
 namespace {
-
-bool fail(QString* error, int line, const QString& reason)
-{
-    if (error)
-        *error = line > 0 ? QStringLiteral("line %1: %2").arg(line).arg(reason) : reason;
-    return false;
-}
-
-QString decode(const QByteArray& bytes, QString& encoding)
-{
-    QTextCodec::ConverterState state;
-    QString text = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    if (state.invalidChars == 0) {
-        encoding = QStringLiteral("UTF-8");
-    } else {
-        // Spreadsheets on Chinese systems save in the national code page.
-        encoding = QStringLiteral("GB18030");
-        text = QTextCodec::codecForName("GB18030")->toUnicode(bytes);
-    }
-    if (text.startsWith(QChar(0xfeff)))
-        text.remove(0, 1);
-    return text;
-}
 
 // One row's cells: quoted cells may hold the delimiter, and "" stands for a
 // quote.
@@ -93,24 +66,18 @@ QDate dateOf(const QString& text, const QString& format)
 
 bool PfCsvScheduleReader::ReadFile(const QString& path, PfSchedule& schedule, QString* error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), file.errorString()));
-    QString reason;
-    if (Read(file.readAll(), schedule, &reason))
-        return true;
-    return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), reason));
+    return PfScheduleText::ReadFile(path, &PfCsvScheduleReader::Read, schedule, error);
 }
 
 bool PfCsvScheduleReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString* error)
 {
     PfSchedule read;
-    QStringList lines = decode(bytes, read.encoding).split(QLatin1Char('\n'));
+    QStringList lines = PfScheduleText::Decode(bytes, "GB18030", read.encoding).split(QLatin1Char('\n'));
     for (QString& line : lines)
         if (line.endsWith(QLatin1Char('\r')))
             line.chop(1);
     if (lines.isEmpty() || lines.front().trimmed().isEmpty())
-        return fail(error, 1, QStringLiteral("no header row naming the columns"));
+        return PfScheduleText::Fail(error, 1, QStringLiteral("no header row naming the columns"));
     // The delimiter that names the most known columns in the header.
     int best = 0;
     for (const QChar delimiter : {QLatin1Char(','), QLatin1Char(';'), QLatin1Char('\t')}) {
@@ -130,7 +97,7 @@ bool PfCsvScheduleReader::Read(const QByteArray& bytes, PfSchedule& schedule, QS
             at[column] = i;
     for (const Column needed : {Name, Start, Finish})
         if (at[needed] < 0)
-            return fail(error, 1,
+            return PfScheduleText::Fail(error, 1,
                         QStringLiteral("the header names no %1 column")
                             .arg(needed == Name ? QStringLiteral("name") : needed == Start ? QStringLiteral("start")
                                                                                            : QStringLiteral("finish")));
@@ -139,7 +106,7 @@ bool PfCsvScheduleReader::Read(const QByteArray& bytes, PfSchedule& schedule, QS
         if (!lines[i].trimmed().isEmpty())
             rows.emplace_back(cellsOf(lines[i], read.delimiter), i + 1);
     if (rows.empty())
-        return fail(error, 0, QStringLiteral("no tasks"));
+        return PfScheduleText::Fail(error, 0, QStringLiteral("no tasks"));
     for (const char* format : kDateFormats) {
         bool all = true;
         for (const auto& [cells, line] : rows)
@@ -158,10 +125,10 @@ bool PfCsvScheduleReader::Read(const QByteArray& bytes, PfSchedule& schedule, QS
                 readable = readable || (dateOf(cells.value(at[Start]), QLatin1String(format)).isValid() &&
                                         dateOf(cells.value(at[Finish]), QLatin1String(format)).isValid());
             if (!readable)
-                return fail(error, line, QStringLiteral("no date in \"%1\" or \"%2\"")
+                return PfScheduleText::Fail(error, line, QStringLiteral("no date in \"%1\" or \"%2\"")
                                              .arg(cells.value(at[Start]), cells.value(at[Finish])));
         }
-        return fail(error, 0, QStringLiteral("the rows' dates are written in different formats"));
+        return PfScheduleText::Fail(error, 0, QStringLiteral("the rows' dates are written in different formats"));
     }
     for (const auto& [cells, line] : rows) {
         PfScheduleTask task;
@@ -173,7 +140,7 @@ bool PfCsvScheduleReader::Read(const QByteArray& bytes, PfSchedule& schedule, QS
         task.plannedStart = dateOf(cells.value(at[Start]), read.dateFormat);
         task.plannedFinish = dateOf(cells.value(at[Finish]), read.dateFormat);
         if (task.plannedFinish < task.plannedStart)
-            return fail(error, line, QStringLiteral("%1 finishes before it starts").arg(task.name));
+            return PfScheduleText::Fail(error, line, QStringLiteral("%1 finishes before it starts").arg(task.name));
         task.milestone = task.plannedStart == task.plannedFinish &&
                          task.activityType.contains(QLatin1String("milestone"), Qt::CaseInsensitive);
         read.tasks.push_back(std::move(task));

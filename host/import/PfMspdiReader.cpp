@@ -1,17 +1,8 @@
 #include "PfMspdiReader.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QXmlStreamReader>
 
 namespace {
-
-bool fail(QString* error, qint64 line, const QString& reason)
-{
-    if (error)
-        *error = line > 0 ? QStringLiteral("line %1: %2").arg(line).arg(reason) : reason;
-    return false;
-}
 
 // "2003-01-07T08:00:00"; the time of day is not kept.
 bool readDate(const QString& text, QDate& date)
@@ -29,13 +20,7 @@ struct TaskInProgress {
 
 bool PfMspdiReader::ReadFile(const QString& path, PfSchedule& schedule, QString* error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), file.errorString()));
-    QString reason;
-    if (Read(file.readAll(), schedule, &reason))
-        return true;
-    return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), reason));
+    return PfScheduleText::ReadFile(path, &PfMspdiReader::Read, schedule, error);
 }
 
 bool PfMspdiReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString* error)
@@ -44,7 +29,7 @@ bool PfMspdiReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString*
     read.encoding = QStringLiteral("UTF-8");
     QXmlStreamReader xml(bytes);
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("Project"))
-        return fail(error, xml.lineNumber(), QStringLiteral("not a Microsoft Project XML file (no Project element)"));
+        return PfScheduleText::Fail(error, xml.lineNumber(), QStringLiteral("not a Microsoft Project XML file (no Project element)"));
     // The names of the summary tasks above the one read, by outline level.
     QStringList outline;
     QStringList path{QStringLiteral("Project")};
@@ -87,7 +72,7 @@ bool PfMspdiReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString*
                          {"Baseline/Start", &task.plannedStart}, {"Baseline/Finish", &task.plannedFinish}};
             for (const auto& d : dates)
                 if (field == QLatin1String(d.field) && !text.isEmpty() && !readDate(text, *d.date))
-                    return fail(error, line, QStringLiteral("%1 of task %2 is no date: \"%3\"")
+                    return PfScheduleText::Fail(error, line, QStringLiteral("%1 of task %2 is no date: \"%3\"")
                                                  .arg(field, task.name.isEmpty() ? task.id : task.name, text));
             if (field == QLatin1String("UID"))
                 task.id = text;
@@ -120,9 +105,9 @@ bool PfMspdiReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString*
         }
     }
     if (xml.hasError())
-        return fail(error, xml.lineNumber(), xml.errorString());
+        return PfScheduleText::Fail(error, xml.lineNumber(), xml.errorString());
     if (read.tasks.empty())
-        return fail(error, 0, QStringLiteral("no tasks"));
+        return PfScheduleText::Fail(error, 0, QStringLiteral("no tasks"));
     schedule = std::move(read);
     return true;
 }

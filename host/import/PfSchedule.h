@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDate>
 #include <QString>
 #include <QStringList>
 
+#include <functional>
 #include <vector>
 
 // One activity of a schedule as its planning tool gave it.
@@ -46,3 +48,16 @@ struct PfSchedule {
 
     const PfScheduleTask* Find(const QString& codeOrName) const;
 };
+
+// What the schedule readers share.
+namespace PfScheduleText {
+// Reads the file and hands its bytes to the reader; a failure names the
+// file before the reader's reason.
+bool ReadFile(const QString& path, const std::function<bool(const QByteArray&, PfSchedule&, QString*)>& read,
+              PfSchedule& schedule, QString* error);
+// False, with "line N: reason" (the reason alone without a line).
+bool Fail(QString* error, qint64 line, const QString& reason);
+// The text in UTF-8 when the bytes are valid UTF-8, else in the fallback
+// code page; encoding names the one used. A byte-order mark is dropped.
+QString Decode(const QByteArray& bytes, const char* fallback, QString& encoding);
+} // namespace PfScheduleText

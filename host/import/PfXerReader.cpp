@@ -1,9 +1,6 @@
 #include "PfXerReader.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QHash>
-#include <QTextCodec>
 
 #include <map>
 
@@ -21,18 +18,6 @@ struct Table {
     }
 };
 
-QString decode(const QByteArray& bytes, QString& encoding)
-{
-    QTextCodec::ConverterState state;
-    const QString utf8 = QTextCodec::codecForName("UTF-8")->toUnicode(bytes.constData(), bytes.size(), &state);
-    if (state.invalidChars == 0) {
-        encoding = QStringLiteral("UTF-8");
-        return utf8;
-    }
-    encoding = QStringLiteral("Windows-1252");
-    return QTextCodec::codecForName("Windows-1252")->toUnicode(bytes);
-}
-
 // "2015-02-24 08:00" (the time of day is not kept); empty is no date.
 bool readDate(const QString& text, QDate& date)
 {
@@ -42,32 +27,19 @@ bool readDate(const QString& text, QDate& date)
     return date.isValid();
 }
 
-bool fail(QString* error, int line, const QString& reason)
-{
-    if (error)
-        *error = line > 0 ? QStringLiteral("line %1: %2").arg(line).arg(reason) : reason;
-    return false;
-}
-
 } // namespace
 
 bool PfXerReader::ReadFile(const QString& path, PfSchedule& schedule, QString* error)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), file.errorString()));
-    QString reason;
-    if (Read(file.readAll(), schedule, &reason))
-        return true;
-    return fail(error, 0, QStringLiteral("%1: %2").arg(QFileInfo(path).fileName(), reason));
+    return PfScheduleText::ReadFile(path, &PfXerReader::Read, schedule, error);
 }
 
 bool PfXerReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString* error)
 {
     PfSchedule read;
-    const QStringList lines = decode(bytes, read.encoding).split(QLatin1Char('\n'));
+    const QStringList lines = PfScheduleText::Decode(bytes, "Windows-1252", read.encoding).split(QLatin1Char('\n'));
     if (lines.isEmpty() || !lines.front().startsWith(QLatin1String("ERMHDR")))
-        return fail(error, 1, QStringLiteral("not a P6 XER file (it does not start with ERMHDR)"));
+        return PfScheduleText::Fail(error, 1, QStringLiteral("not a P6 XER file (it does not start with ERMHDR)"));
     std::map<QString, Table> tables;
     Table* current = nullptr;
     bool ended = false;
@@ -81,23 +53,23 @@ bool PfXerReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString* e
             current = &tables[cells.value(1)];
         } else if (mark == QLatin1String("%F")) {
             if (!current)
-                return fail(error, i + 1, QStringLiteral("fields before any table"));
+                return PfScheduleText::Fail(error, i + 1, QStringLiteral("fields before any table"));
             current->fields = cells.mid(1);
         } else if (mark == QLatin1String("%R")) {
             if (!current || current->fields.isEmpty())
-                return fail(error, i + 1, QStringLiteral("a row before its table's fields"));
+                return PfScheduleText::Fail(error, i + 1, QStringLiteral("a row before its table's fields"));
             current->rows.emplace_back(cells.mid(1), i + 1);
         } else if (mark == QLatin1String("%E")) {
             ended = true;
         } else if (!line.isEmpty()) {
-            return fail(error, i + 1, QStringLiteral("a line that is no table, field or row"));
+            return PfScheduleText::Fail(error, i + 1, QStringLiteral("a line that is no table, field or row"));
         }
     }
     if (!ended)
-        return fail(error, lines.size(), QStringLiteral("the file is cut short (no %E at its end)"));
+        return PfScheduleText::Fail(error, lines.size(), QStringLiteral("the file is cut short (no %E at its end)"));
     const auto taskTable = tables.find(QStringLiteral("TASK"));
     if (taskTable == tables.end())
-        return fail(error, 0, QStringLiteral("no TASK table"));
+        return PfScheduleText::Fail(error, 0, QStringLiteral("no TASK table"));
 
     QHash<QString, QString> projects;
     const Table& projectTable = tables[QStringLiteral("PROJECT")];
@@ -147,7 +119,7 @@ bool PfXerReader::Read(const QByteArray& bytes, PfSchedule& schedule, QString* e
                      {"act_start_date", &task.actualStart},     {"act_end_date", &task.actualFinish}};
         for (const auto& d : dates)
             if (!readDate(tasks.value(row, d.field), *d.date))
-                return fail(error, line,
+                return PfScheduleText::Fail(error, line,
                             QStringLiteral("%1 of task %2 is no date: \"%3\"")
                                 .arg(QLatin1String(d.field), task.code, tasks.value(row, d.field)));
         read.tasks.push_back(std::move(task));

@@ -14,6 +14,7 @@
 #include "tests/support/FixedStepTimeSource.h"
 
 #include <QDir>
+#include <osg/Geometry>
 #include <QImage>
 
 #include <gtest/gtest.h>
@@ -131,6 +132,21 @@ protected:
         }
         return false;
     }
+    // Each triangle of the cap's faces (a node of drawables, as the cut
+    // callbacks keep their caps), its three corners at a time.
+    template <class Visit>
+    static void forEachCapTriangle(const osg::Group* caps, const Visit& visit)
+    {
+        for (unsigned int i = 0; caps && i < caps->getNumChildren(); ++i) {
+            const osg::Geometry* geometry = caps->getChild(i)->asGeometry();
+            if (!geometry || geometry->getPrimitiveSet(0)->getMode() != GL_TRIANGLES)
+                continue;
+            auto* vertices = static_cast<const osg::Vec3Array*>(geometry->getVertexArray());
+            for (std::size_t k = 0; k + 2 < vertices->size(); k += 3)
+                visit((*vertices)[k], (*vertices)[k + 1], (*vertices)[k + 2]);
+        }
+    }
+
     static bool isReddish(const QColor& c) { return c.red() > c.green() + 60 && c.red() > c.blue() + 60; }
 
     static vpe::CRefPtr<vpe::CCamera> cameraAt(const osg::Vec3d& eye, const osg::Vec3d& target)

@@ -52,21 +52,13 @@ protected:
         double area = 0.0;
         low = 1e30;
         high = -1e30;
-        vpe::CVisualNode* caps = callback->GetCapNode();
-        for (unsigned int i = 0; caps && i < caps->getNumDrawables(); ++i) {
-            auto* geometry = caps->getDrawable(i)->asGeometry();
-            auto* vertices = static_cast<const osg::Vec3Array*>(geometry->getVertexArray());
-            if (geometry->getPrimitiveSet(0)->getMode() != GL_TRIANGLES)
-                continue;
-            for (std::size_t k = 0; k + 2 < vertices->size(); k += 3) {
-                const osg::Vec3f& a = (*vertices)[k];
-                area += (((*vertices)[k + 1] - a) ^ ((*vertices)[k + 2] - a)).length() / 2.0;
-                for (int j = 0; j < 3; ++j) {
-                    low = std::min(low, double((*vertices)[k + j].z()));
-                    high = std::max(high, double((*vertices)[k + j].z()));
-                }
+        forEachCapTriangle(callback->GetCapNode(), [&](const osg::Vec3f& a, const osg::Vec3f& b, const osg::Vec3f& c) {
+            area += ((b - a) ^ (c - a)).length() / 2.0;
+            for (const osg::Vec3f& corner : {a, b, c}) {
+                low = std::min(low, double(corner.z()));
+                high = std::max(high, double(corner.z()));
             }
-        }
+        });
         return area;
     }
 

@@ -39,18 +39,10 @@ protected:
     double capArea(KVXAnimTransCallback* callback, double& x) const
     {
         double area = 0.0;
-        vpe::CVisualNode* caps = callback->GetCapNode();
-        for (unsigned int i = 0; i < caps->getNumDrawables(); ++i) {
-            auto* geometry = caps->getDrawable(i)->asGeometry();
-            auto* vertices = static_cast<const osg::Vec3Array*>(geometry->getVertexArray());
-            if (geometry->getPrimitiveSet(0)->getMode() != GL_TRIANGLES)
-                continue;
-            for (std::size_t k = 0; k + 2 < vertices->size(); k += 3) {
-                const osg::Vec3f& a = (*vertices)[k];
-                area += (((*vertices)[k + 1] - a) ^ ((*vertices)[k + 2] - a)).length() / 2.0;
-                x = a.x();
-            }
-        }
+        forEachCapTriangle(callback->GetCapNode(), [&](const osg::Vec3f& a, const osg::Vec3f& b, const osg::Vec3f& c) {
+            area += ((b - a) ^ (c - a)).length() / 2.0;
+            x = a.x();
+        });
         return area;
     }
 
