@@ -1,6 +1,7 @@
 #include "KvxElementProperties.h"
 
 #include "KvxModelTree.h"
+#include "host/model/PfModelElements.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbTransaction.h"
 #include "host/db/PfDbTransactionManager.h"
@@ -81,7 +82,7 @@ void KvxElementProperties::Refresh()
     else if (m_ids.size() > 1)
         m_summary->setText(QStringLiteral("已选择 %1 个构件").arg(m_ids.size()));
     else
-        m_summary->setText(element ? KvxModelTree::KindOf(element) : QStringLiteral("构件已删除"));
+        m_summary->setText(element ? PfModelElements::KindOf(element) : QStringLiteral("构件已删除"));
     fill(element);
 }
 

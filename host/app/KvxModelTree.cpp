@@ -2,11 +2,9 @@
 
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDatabaseReactor.h"
+#include "host/db/PfDbElement.h"
 #include "host/db/PfDbObjContainer.h"
-#include "host/model/KVX3DElementObject.h"
-#include "host/model/KVX3dsBaseObject.h"
-#include "host/model/KVXTowerCraneObject.h"
-#include "host/model/PfDbBuildingInstance.h"
+#include "host/model/PfModelElements.h"
 
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -113,7 +111,7 @@ public:
 private:
     void touched(const PfDbObject* object)
     {
-        if (KvxModelTree::ModelElement(object))
+        if (PfModelElements::Of(object))
             m_tree->rebuildSoon();
     }
     KvxModelTree* m_tree;
@@ -184,35 +182,6 @@ void KvxModelTree::Rebuild()
     ShowSelection(selected);
 }
 
-const PfDbElement* KvxModelTree::ModelElement(const PfDbObject* object)
-{
-    if (KVX3DElementObject::Cast(object) || KVX3dsBaseObject::Cast(object) || PfDbBuildingInstance::Cast(object))
-        return PfDbElement::Cast(object);
-    // A plain polyline is drawn; what derives from it here (animation
-    // records, key frames) is not part of the model.
-    if (object && object->IsA() == KVXBaseObject::Desc())
-        return PfDbElement::Cast(object);
-    return nullptr;
-}
-
-QString KvxModelTree::KindOf(const PfDbElement* element)
-{
-    const QString type = element->Property(PfDbElement::kTypeProperty);
-    if (!type.isEmpty())
-        return type;
-    if (KVXTowerCraneObject::Cast(element))
-        return QStringLiteral("塔吊");
-    if (KVX3DElementObject::Cast(element))
-        return QStringLiteral("三维构件");
-    if (PfDbBuildingInstance::Cast(element))
-        return QStringLiteral("建筑");
-    if (KVX3dsBaseObject::Cast(element))
-        return QStringLiteral("外部模型");
-    if (element->IsA() == KVXBaseObject::Desc())
-        return QStringLiteral("线");
-    return QStringLiteral("其他构件");
-}
-
 void KvxModelTree::fill()
 {
     m_rebuildPending = false;
@@ -225,7 +194,7 @@ void KvxModelTree::fill()
         return;
     std::map<QString, Storey> storeys;
     for (PfDbObject* object : *m_database->GetModelSpace()) {
-        const PfDbElement* element = ModelElement(object);
+        const PfDbElement* element = PfModelElements::Of(object);
         if (!element)
             continue;
         const QString storeyName = element->Property(PfDbElement::kStoreyProperty);
@@ -234,7 +203,7 @@ void KvxModelTree::fill()
         const double elevation = element->Property(PfDbElement::kElevationProperty).toDouble(&known);
         if (known)
             storey.elevation = std::min(storey.elevation, elevation);
-        storey.kinds[KindOf(element)].push_back(element);
+        storey.kinds[PfModelElements::KindOf(element)].push_back(element);
     }
     std::vector<std::pair<QString, const Storey*>> order;
     for (const auto& [name, storey] : storeys)

@@ -46,13 +46,6 @@ public:
     // The row of an element in the tree's (filtered) model.
     QModelIndex IndexOf(PfDbHandle id) const;
 
-    // The object as an element of the model (what the view draws), or null
-    // (animation records and other objects of the model space).
-    static const PfDbElement* ModelElement(const PfDbObject* object);
-    // What the tree groups an element under: its type property, else what
-    // kind of element it is.
-    static QString KindOf(const PfDbElement* element);
-
 signals:
     void SelectionPicked(const std::vector<PfDbHandle>& ids);
     // A double click on an element's row.
