@@ -28,6 +28,10 @@ struct PfScheduleTask {
     // Which elements the task builds, when the file says so itself (a CSV
     // column); linking rules read it.
     QString elementFilter;
+    // The GlobalIds of the elements an IFC file assigns the task to.
+    QStringList elementGlobalIds;
+    // The elements a draft made from the model itself names directly.
+    std::vector<quint64> elementHandles;
 
     // The dates a film shows: actual where the work was done, else early,
     // else planned.
