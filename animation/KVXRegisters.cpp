@@ -2,6 +2,7 @@
 
 #include "KVXAnimation.h"
 #include "KVXDemoSchedule.h"
+#include "KVXTaskRecords.h"
 #include "KVXLiveCraneFilm.h"
 #include "KVXScheduleCheck.h"
 #include "KVXScheduleVideo.h"
@@ -62,6 +63,8 @@ void KVXRegisters::addCommands()
                          PfEdCommandStack::ArgumentCommand(&KVXLiveCraneFilm::RunCommand));
     commands->AddCommand(m_groupName, KVXDemoSchedule::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXDemoSchedule::RunCommand));
+    commands->AddCommand(m_groupName, KVXTaskRecords::kCommandName,
+                         PfEdCommandStack::ArgumentCommand(&KVXTaskRecords::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kCommandName,
                          PfEdCommandStack::ArgumentCommand(&KVXKeyFramesCommand::RunCommand));
     commands->AddCommand(m_groupName, KVXKeyFramesCommand::kExportCommandName,

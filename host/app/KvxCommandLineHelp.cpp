@@ -105,6 +105,32 @@ const CommandHelp kHelp[] = {
                "products found, imported, skipped and why, and the elements whose shells are not closed.\n"
                "  --out FILE.kvx                where to save (default: FILE.kvx itself)\n"
                "example: kvxhost import site.kvx duplex.ifc --out site-with-duplex.kvx\n"},
+    {"schedule",
+     "usage: kvxhost schedule FILE.kvx SCHEDULE.xer|.xml|.csv|MODEL.ifc [--rules RULES.txt] [--out FILE.kvx]\n"
+     "Reads a schedule (P6 XER, Microsoft Project XML, a CSV table, or the work schedule inside an IFC\n"
+     "file), links its tasks to the document's elements and adds a record for each task and element:\n"
+     "construction from the bottom up, demolition for tasks named so (拆除, demolish), emphasis for\n"
+     "milestones. Importing a changed schedule again moves the records it made instead of adding more.\n"
+     "Prints the link report: tasks and elements linked, tasks without elements, elements without a\n"
+     "task, elements claimed by several tasks and which task won.\n"
+     "  --rules RULES.txt             how tasks find their elements, one rule a line, e.g.\n"
+     "                                  storey = wbs      (the element's storey is a level of the task's WBS)\n"
+     "                                  storey in name    (the storey is written in the task's name)\n"
+     "                                  property Mark = code      name prefix code\n"
+     "                                  type pattern \"Ifc{name}*\"   storey = wbs and type = activity\n"
+     "                                  link A1010 GLOBALID...    table links.csv\n"
+     "                                  demolition 拆除 demolish  layered IfcSlab 150\n"
+     "                                default: storey = name, storey = wbs, name = name, name = code\n"
+     "  --out FILE.kvx                where to save (default: FILE.kvx itself)\n"
+     "example: kvxhost schedule site.kvx programme.xer --rules by-storey.txt\n"},
+    {"4d", "usage: kvxhost 4d MODEL.ifc [SCHEDULE] [--rules RULES.txt] --out FILM.mp4 [--size WxH]\n"
+           "          [--seconds-per-day S] [--title TEXT] [--no-caption] [--force]\n"
+           "From a model and its schedule to a finished film in one go: imports the model, reads the\n"
+           "schedule (the one given, else the IFC file's own work schedule, else a DRAFT by storey and\n"
+           "element type, foundations first and roofs last, labelled as a draft), links it as the\n"
+           "schedule command does, checks it and films it with the date caption. Prints each step and\n"
+           "when it began.\n"
+           "example: kvxhost 4d tower.ifc programme.xml --rules by-storey.txt --out tower-4d.mp4\n"},
     {"read-model", "usage: kvxhost read-model MODEL.ifc\n"
                    "The import's reading process: streams the model's products to standard output in the\n"
                    "import's own binary form. Not meant to be run by hand.\n"},

@@ -12,25 +12,30 @@ namespace {
 struct CommandOptions {
     const char* command;
     bool document;
-    // A model file after the document (import) or alone (read-model).
+    // A model file after the document (import) or alone (read-model, 4d).
     bool model;
+    // A schedule file after the document or the model.
+    bool schedule;
     // The options it takes, each followed by a space.
     const char* options;
 };
 
 const CommandOptions kCommands[] = {
-    {"demo-site", false, false, "--out "},
-    {"render", true, false, "--out --size --camera --view --date --title --no-caption "},
-    {"play", true, false, "--out --size --seconds-per-day --poster --camera --view --title --no-caption --force "},
-    {"export", true, false, "--out --size --title --no-caption --force "},
-    {"keyframes", true, false, "--add --camera --date --delete --out "},
-    {"check", true, false, "--seconds-per-day "},
-    {"list", true, false, ""},
-    {"live", true, false, "--endpoint --header --out --seconds --size --camera --view --title --no-caption "},
-    {"crane-sim", false, false, "--port --script --slow --fail-every --damaged "},
-    {"import", true, true, "--out "},
+    {"demo-site", false, false, false, "--out "},
+    {"render", true, false, false, "--out --size --camera --view --date --title --no-caption "},
+    {"play", true, false, false,
+     "--out --size --seconds-per-day --poster --camera --view --title --no-caption --force "},
+    {"export", true, false, false, "--out --size --title --no-caption --force "},
+    {"keyframes", true, false, false, "--add --camera --date --delete --out "},
+    {"check", true, false, false, "--seconds-per-day "},
+    {"list", true, false, false, ""},
+    {"live", true, false, false, "--endpoint --header --out --seconds --size --camera --view --title --no-caption "},
+    {"crane-sim", false, false, false, "--port --script --slow --fail-every --damaged "},
+    {"import", true, true, false, "--out "},
+    {"schedule", true, false, true, "--rules --out "},
+    {"4d", false, true, true, "--rules --out --size --seconds-per-day --title --no-caption --force "},
     // The child process of an import: streams a model's products to stdout.
-    {"read-model", false, true, ""},
+    {"read-model", false, true, false, ""},
 };
 
 const CommandOptions* commandOptions(const QString& command)
@@ -46,7 +51,7 @@ bool takesValue(const QString& option)
     static const QStringList valued{"--out",  "--size",  "--seconds-per-day", "--poster", "--camera",
                                     "--view", "--add",   "--delete",          "--date",   "--title",
                                     "--port", "--script", "--slow",           "--fail-every",
-                                    "--endpoint", "--header", "--seconds"};
+                                    "--endpoint", "--header", "--seconds", "--rules"};
     return valued.contains(option);
 }
 
@@ -85,6 +90,21 @@ bool isTime(const QString& text)
     return text.toInt(&ok) >= 0 && ok;
 }
 
+// Puts a plain argument in the first free place the command has for one:
+// the document, the model, the schedule.
+bool takePositional(const CommandOptions* allowed, const QString& argument, KvxCommandLineOptions& options)
+{
+    for (auto [takes, field] : {std::pair{!allowed || allowed->document, &options.input},
+                                std::pair{allowed && allowed->model, &options.model},
+                                std::pair{allowed && allowed->schedule, &options.schedule}}) {
+        if (takes && field->isEmpty()) {
+            *field = argument;
+            return true;
+        }
+    }
+    return false;
+}
+
 } // namespace
 
 QStringList KvxCommandLineOptions::Commands()
@@ -118,16 +138,10 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
             continue;
         }
         if (!argument.startsWith(QLatin1String("--"))) {
-            const bool wantsDocument = allowed && allowed->document && input.isEmpty();
-            if (!wantsDocument && allowed && allowed->model && model.isEmpty()) {
-                model = argument;
-                continue;
-            }
-            if (!input.isEmpty() || (allowed && !allowed->document)) {
+            if (!takePositional(allowed, argument, *this)) {
                 error = QStringLiteral("unexpected argument %1").arg(argument);
                 return false;
             }
-            input = argument;
             continue;
         }
         if (!takesValue(argument) && argument != QLatin1String("--no-caption") && argument != QLatin1String("--force") &&
@@ -192,6 +206,8 @@ bool KvxCommandLineOptions::Parse(const QStringList& arguments, QString& error)
                 error = QStringLiteral("%1 wants whole milliseconds from 0, not \"%2\"").arg(argument, value);
                 return false;
             }
+        } else if (argument == QLatin1String("--rules")) {
+            rules = value;
         } else if (argument == QLatin1String("--title")) {
             title = value;
         } else if (argument == QLatin1String("--no-caption")) {

@@ -11,8 +11,11 @@
 struct KvxCommandLineOptions {
     QString command;
     QString input;
-    // import, read-model: the building model file.
+    // import, read-model, 4d: the building model file.
     QString model;
+    // schedule, 4d: the schedule file, and the rules that link it.
+    QString schedule;
+    QString rules;
     QString out;
     bool sizeGiven = false;
     int width = 1280;

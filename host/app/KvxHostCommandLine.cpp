@@ -1,11 +1,13 @@
 #include "KvxHostCommandLine.h"
 
+#include "host/import/PfDraftSchedule.h"
 #include "host/import/PfIsolatedModelReader.h"
 #include "host/import/PfModelImport.h"
 
 #include "KVXDemoSite.h"
 #include "KvxCommandLineHelp.h"
 #include "KvxCommandLineOptions.h"
+#include "KvxScheduleImport.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
 #include "host/db/PfDbElement.h"
@@ -26,6 +28,7 @@
 #include "host/vpe/video/ZVideoFFmpeg.h"
 
 #include <QCoreApplication>
+#include <QDate>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -51,6 +54,12 @@ const wchar_t* const kLiveCommand = L"KVXElement.KVX_FILM_LIVE_CRANES";
 constexpr int kMaxPictureSide = 8192;
 
 enum class OutputKind { Picture, Video, Document };
+
+bool filmsVideo(const QString& command)
+{
+    return command == QLatin1String("play") || command == QLatin1String("export") ||
+           command == QLatin1String("live") || command == QLatin1String("4d");
+}
 
 // The caption words of the module's film commands.
 QStringList captionWords(bool caption, const QString& title)
@@ -219,8 +228,7 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
     if (KvxCommandLineOptions::TakesDocument(command) && options.input.isEmpty())
         return fail(QStringLiteral("%1 wants a document: kvxhost %1 FILE.kvx ...").arg(command), 2);
     const bool needsOut = command == QLatin1String("demo-site") || command == QLatin1String("render") ||
-                          command == QLatin1String("play") || command == QLatin1String("export") ||
-                          command == QLatin1String("live");
+                          filmsVideo(command);
     if (needsOut && options.out.isEmpty())
         return fail(QStringLiteral("%1 wants --out FILE; kvxhost %1 --help tells more").arg(command), 2);
     if (const int refused = checkSize(options))
@@ -247,6 +255,10 @@ int KvxHostCommandLine::Run(const QStringList& arguments)
         return importModel(options);
     if (command == QLatin1String("read-model"))
         return readModel(options);
+    if (command == QLatin1String("schedule"))
+        return linkSchedule(options);
+    if (command == QLatin1String("4d"))
+        return film4d(options);
     return list(options);
 }
 
@@ -266,21 +278,114 @@ int KvxHostCommandLine::importModel(const Options& options)
     } else {
         document = PfDocManagerPtr()->NewDocument();
     }
+    const QString out = options.out.isEmpty() ? options.input : options.out;
+    const bool done = importInto(document, options.model, error) && document->Save(out, &error);
+    PfDocManagerPtr()->CloseDocument(document);
+    if (!done)
+        return fail(error);
+    m_out << "wrote " << out << '\n';
+    return 0;
+}
+
+bool KvxHostCommandLine::importInto(PfDbDocument* document, const QString& model, QString& error)
+{
     PfIsolatedModelReader reader(QCoreApplication::applicationFilePath());
     PfModelImport::Report report;
     bool done = false;
     {
-        ProgressScope progress(m_out, QStringLiteral("importing %1").arg(QFileInfo(options.model).fileName()),
+        ProgressScope progress(m_out, QStringLiteral("importing %1").arg(QFileInfo(model).fileName()),
                                QStringLiteral("products"));
-        done = PfModelImport::Import(document->GetDatabase(), reader, options.model, report, &error);
+        done = PfModelImport::Import(document->GetDatabase(), reader, model, report, &error);
     }
-    const QString out = options.out.isEmpty() ? options.input : options.out;
     if (done)
-        done = document->Save(out, &error);
+        m_out << report.Text() << '\n';
+    return done;
+}
+
+bool KvxHostCommandLine::importSchedule(PfDbDocument* document, const Options& options, QString& error)
+{
+    KvxScheduleImport::Request request;
+    request.schedule = options.schedule;
+    request.model = options.model;
+    request.rules = options.rules;
+    request.draftStart = QDate::currentDate();
+    KvxScheduleImport::Result result;
+    const bool done = KvxScheduleImport::Run(document, request, KvxScheduleImport::ModuleRecords(), result, &error);
+    m_draftSchedule = result.source == KvxScheduleImport::Source::Draft;
+    if (result.source != KvxScheduleImport::Source::File)
+        m_out << "schedule: " << result.SourceText() << '\n';
+    if (!result.schedule.tasks.empty())
+        m_out << result.report.Text() << '\n';
+    if (done)
+        m_out << result.records << '\n';
+    m_out.flush();
+    return done;
+}
+
+int KvxHostCommandLine::linkSchedule(const Options& options)
+{
+    if (options.schedule.isEmpty())
+        return fail(QStringLiteral("schedule wants a schedule: kvxhost schedule FILE.kvx SCHEDULE.xer|.xml|.csv|.ifc"),
+                    2);
+    if (!moduleCommands())
+        return fail(QStringLiteral("the animation module is not installed: no schedule can be linked"));
+    QString error;
+    PfDbDocument* document = openAndShow(options, error);
+    if (!document)
+        return fail(error);
+    const QString out = options.out.isEmpty() ? options.input : options.out;
+    const bool done = importSchedule(document, options, error) && document->Save(out, &error);
     PfDocManagerPtr()->CloseDocument(document);
     if (!done)
         return fail(error);
-    m_out << report.Text() << '\n' << "wrote " << out << '\n';
+    m_out << "wrote " << out << '\n';
+    return 0;
+}
+
+int KvxHostCommandLine::film4d(const Options& options)
+{
+    if (options.model.isEmpty())
+        return fail(QStringLiteral("4d wants a model: kvxhost 4d MODEL.ifc [SCHEDULE] --out FILM.mp4"), 2);
+    if (!QFileInfo(options.model).isFile())
+        return fail(QStringLiteral("%1: no such file").arg(options.model));
+    if (!moduleCommands())
+        return fail(QStringLiteral("the animation module is not installed: no film can be made"));
+    QElapsedTimer clock;
+    const auto step = [this, &clock](const QString& name) {
+        m_out << "== " << name << " (at " << QString::number(clock.elapsed() / 1000.0, 'f', 1) << " s)\n";
+        m_out.flush();
+    };
+    clock.start();
+    QString error;
+    PfDbDocument* document = PfDocManagerPtr()->NewDocument();
+    step(QStringLiteral("model"));
+    bool done = importInto(document, options.model, error);
+    if (done) {
+        show(document, options);
+        step(QStringLiteral("schedule"));
+        done = importSchedule(document, options, error);
+    }
+    if (done) {
+        step(QStringLiteral("check"));
+        done = printCheck(options, false) == 0;
+        if (!done)
+            error = m_unfilmable ? QStringLiteral("not filmed")
+                                 : QStringLiteral("not filmed: mend the problems above, or film anyway with --force");
+    }
+    if (done) {
+        step(QStringLiteral("film"));
+        // A film of a draft says so over its date.
+        Options filmed = options;
+        if (m_draftSchedule && filmed.title.isEmpty())
+            filmed.title = PfDraftSchedule::kProject;
+        done = film(filmed, error);
+    }
+    PfDocManagerPtr()->CloseDocument(document);
+    if (!done)
+        return fail(error);
+    step(QStringLiteral("done"));
+    m_out << "wrote the 4D film of " << options.model << " to " << options.out << " (" << videoSizeText(options)
+          << ", 24 frames a second)\n";
     return 0;
 }
 
@@ -342,8 +447,7 @@ int KvxHostCommandLine::craneSimulator(const Options& options)
 
 int KvxHostCommandLine::checkSize(const Options& options)
 {
-    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export") ||
-                       options.command == QLatin1String("live");
+    const bool video = filmsVideo(options.command);
     const int limit = video ? ZVideoFFmpeg::kMaxSide : kMaxPictureSide;
     if (options.width > limit || options.height > limit)
         return fail(QStringLiteral("%1 is too large: %2 are 1 to %3 pixels a side")
@@ -356,8 +460,7 @@ int KvxHostCommandLine::checkSize(const Options& options)
 
 int KvxHostCommandLine::checkOutputs(const Options& options)
 {
-    const bool video = options.command == QLatin1String("play") || options.command == QLatin1String("export") ||
-                       options.command == QLatin1String("live");
+    const bool video = filmsVideo(options.command);
     const OutputKind outKind = options.command == QLatin1String("render") ? OutputKind::Picture
                                : video                                     ? OutputKind::Video
                                                                            : OutputKind::Document;
@@ -412,6 +515,12 @@ PfDbDocument* KvxHostCommandLine::openAndShow(const Options& options, QString& e
         return nullptr;
     for (const QString& note : report.Messages())
         m_err << "kvxhost: note: " << note << '\n';
+    show(document, options);
+    return document;
+}
+
+void KvxHostCommandLine::show(PfDbDocument* document, const Options& options)
+{
     PfGsModelView* view = PfGsModelView::Attach(document);
     vpe::CViewer* viewer = view->GetViewer();
     viewer->SetActiveViewportSize(options.width, options.height);
@@ -429,7 +538,6 @@ PfDbDocument* KvxHostCommandLine::openAndShow(const Options& options, QString& e
     }
     camera->SetLookAt(eye, target);
     viewer->SetCamera(*camera);
-    return document;
 }
 
 int KvxHostCommandLine::demoSite(const Options& options)
@@ -526,6 +634,20 @@ int KvxHostCommandLine::play(const Options& options)
         return fail(m_unfilmable ? QStringLiteral("not filmed")
                                  : QStringLiteral("not filmed: mend the problems above, or film anyway with --force"));
     }
+    const bool filmed = film(options, error);
+    PfDocManagerPtr()->CloseDocument(document);
+    if (!filmed)
+        return fail(error, m_filmExitCode);
+    m_out << "wrote the schedule of " << options.input << " to " << options.out << " (" << videoSizeText(options)
+          << ", 24 frames a second)";
+    if (!options.poster.isEmpty())
+        m_out << " and its poster to " << options.poster;
+    m_out << '\n';
+    return 0;
+}
+
+bool KvxHostCommandLine::film(const Options& options, QString& error)
+{
     QStringList words{QStringLiteral("out=%1").arg(options.out),
                       QStringLiteral("size=%1").arg(sizeText(options.width, options.height))};
     if (!options.secondsPerDay.isEmpty())
@@ -538,15 +660,8 @@ int KvxHostCommandLine::play(const Options& options)
         ProgressScope progress(m_out, QStringLiteral("filming the schedule"));
         result = runModuleCommand(kScheduleVideoCommand, words, error);
     }
-    PfDocManagerPtr()->CloseDocument(document);
-    if (result != Pfad::eOk)
-        return fail(error, exitCodeOf(result));
-    m_out << "wrote the schedule of " << options.input << " to " << options.out << " (" << videoSizeText(options)
-          << ", 24 frames a second)";
-    if (!options.poster.isEmpty())
-        m_out << " and its poster to " << options.poster;
-    m_out << '\n';
-    return 0;
+    m_filmExitCode = exitCodeOf(result);
+    return result == Pfad::eOk;
 }
 
 int KvxHostCommandLine::keyFrames(const Options& options)

@@ -35,17 +35,6 @@
 
 namespace {
 
-// Frame n of a video, decoded by ffmpeg; null when it cannot be.
-QImage decodedFrame(const QString& video, int n, const QString& folder)
-{
-    const QString picture = QDir(folder).filePath(QStringLiteral("frame-%1.png").arg(n));
-    QProcess ffmpeg;
-    ffmpeg.start(QStringLiteral("ffmpeg"), {"-v", "error", "-y", "-i", video, "-vf", QStringLiteral("select=eq(n\\,%1)").arg(n),
-                                            "-vframes", "1", picture});
-    ffmpeg.waitForFinished(60000);
-    return QImage(picture);
-}
-
 struct NoticeLog : PfEdInformationSink {
     QStringList texts;
     void Show(const QString&, const QString& text) override { texts << text; }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QDir>
+#include <QImage>
 #include <QProcess>
 #include <QString>
 
@@ -13,4 +15,15 @@ inline QString probeVideo(const QString& path)
                    "stream=codec_name,width,height,r_frame_rate,nb_read_frames", "-of", "default=nw=1", path});
     ffprobe.waitForFinished(60000);
     return QString::fromUtf8(ffprobe.readAllStandardOutput());
+}
+
+// Frame n of a video, decoded by ffmpeg into folder; null when it cannot be.
+inline QImage decodedFrame(const QString& video, int n, const QString& folder)
+{
+    const QString picture = QDir(folder).filePath(QStringLiteral("frame-%1.png").arg(n));
+    QProcess ffmpeg;
+    ffmpeg.start(QStringLiteral("ffmpeg"), {"-v", "error", "-y", "-i", video, "-vf",
+                                            QStringLiteral("select=eq(n\\,%1)").arg(n), "-vframes", "1", picture});
+    ffmpeg.waitForFinished(60000);
+    return QImage(picture);
 }
