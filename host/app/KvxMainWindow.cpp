@@ -2,6 +2,7 @@
 
 #include "KvxElementProperties.h"
 #include "KvxModelTree.h"
+#include "KvxScheduleImportDialog.h"
 #include "PfEdMessageBoxSink.h"
 #include "PfQtView.h"
 #include "PfViewNavigator.h"
@@ -155,6 +156,10 @@ void KvxMainWindow::createMenus()
                                                           QStringLiteral("建筑模型 (*.ifc *.glb *.gltf *.obj *.stl)"));
         if (!path.isEmpty())
             ImportModel(path);
+    });
+    file->addAction(QStringLiteral("导入进度计划(&P)…"), this, [this] {
+        if (m_document)
+            KvxScheduleImportDialog(m_document, this).exec();
     });
     file->addSeparator();
     file->addAction(QStringLiteral("退出(&X)"), this, &QWidget::close, QKeySequence::Quit);

@@ -14,6 +14,7 @@
 #include "host/app/KvxElementProperties.h"
 #include "host/app/KvxMainWindow.h"
 #include "host/app/KvxModelTree.h"
+#include "host/app/KvxScheduleImportDialog.h"
 #include "host/app/PfQtView.h"
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocument.h"
@@ -284,6 +285,22 @@ TEST_F(MainWindow, anImportedModelIsListedByStoreyAndUndoneAsOneStep)
     }
     EXPECT_TRUE(told.contains(QStringLiteral("README.md"))) << told.toStdString();
 
+    // The model's own work schedule links to what was imported, in one step.
+    KvxScheduleImportDialog schedule(window.Document(), &window);
+    schedule.SetSchedulePath(QStringLiteral(KVX_TEST_DATA "/models/construction_scheduling_task_IFC4.ifc"));
+    ASSERT_TRUE(schedule.Import()) << schedule.ReportText().toStdString();
+    EXPECT_TRUE(schedule.ReportText().contains(QStringLiteral("linked: 5 of 5 tasks")))
+        << schedule.ReportText().toStdString();
+    window.RefreshTitle();
+    EXPECT_EQ(window.UndoAction()->text(), QStringLiteral("撤销 导入进度计划(&U)"));
+    {
+        const ModalAnswer answer = press(QMessageBox::Ok, &told);
+        schedule.SetRulesText(QStringLiteral("storey == wbs"));
+        EXPECT_FALSE(schedule.Import());
+    }
+    EXPECT_TRUE(told.contains(QStringLiteral("line 1"))) << told.toStdString();
+
+    window.UndoAction()->trigger();
     window.UndoAction()->trigger();
     EXPECT_TRUE(waitFor([&] { return rows->rowCount() == storeys; }));
     window.RedoAction()->trigger();
