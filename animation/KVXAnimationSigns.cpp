@@ -33,7 +33,11 @@ vpe::CGroupNode* KVXAnimationSigns::groupNode()
         m_group = new vpe::CGroupNode;
         m_group->setName("kvx_animation_signs");
     }
-    if (!root->containsNode(m_group.get())) {
+    // Asked of the group's own parents: the root holds every element, and a
+    // search of its children for each new sign made adding many records
+    // quadratic.
+    const bool underRoot = m_group->getNumParents() == 1 && m_group->getParent(0) == root;
+    if (!underRoot) {
         // The view was replaced: the labels follow to the new one.
         while (m_group->getNumParents() > 0)
             m_group->getParent(0)->removeChild(m_group.get());
