@@ -2,6 +2,7 @@
 
 #include "KVXDateTimeLineWidget.h"
 #include "KVXRecordEdit.h"
+#include "KVXScheduleGantt.h"
 #include "animation/KVXAnimatorManager.h"
 #include "host/model/ZUpdater.h"
 #include "keyframe/KVXKeyFrameAnimationManager.h"
@@ -9,6 +10,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 // A document shown anew (the window tells its observers) brings its schedule.
@@ -26,7 +28,8 @@ private:
 };
 
 KVXConstructionPage::KVXConstructionPage(QWidget* parent)
-    : QWidget(parent), m_timeline(new KVXDateTimeLineWidget(this)), m_conflicts(new QLabel(this))
+    : QWidget(parent), m_timeline(new KVXDateTimeLineWidget(this)), m_conflicts(new QLabel(this)),
+      m_gantt(new KVXScheduleGantt(m_timeline->GetCalendarGrid()))
 {
     KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
     // The playing date clock moves the timeline's indicator.
@@ -48,8 +51,16 @@ KVXConstructionPage::KVXConstructionPage(QWidget* parent)
     }
     buttons->addStretch();
     buttons->addWidget(m_conflicts);
+    // The Gantt rows scroll up and down under the timeline; across, they
+    // follow the timeline itself.
+    auto* rows = new QScrollArea(this);
+    rows->setWidget(m_gantt);
+    rows->setWidgetResizable(true);
+    rows->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    rows->setFrameShape(QFrame::NoFrame);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(m_timeline);
+    layout->addWidget(rows, 1);
     layout->addLayout(buttons);
     connect(schedule, &KVXAnimatorManager::dataChangedSignal, this, &KVXConstructionPage::followSchedule);
     connect(KVXRecordEditNotifier::Get(), &KVXRecordEditNotifier::recordsEdited, this,
@@ -87,4 +98,5 @@ void KVXConstructionPage::refreshConflicts()
     KVXAnimatorManager* schedule = KVXAnimatorManager::getInstance();
     schedule->checkAnimations();
     m_conflicts->setText(QStringLiteral("冲突: %1").arg(schedule->getErrorMap().size()));
+    m_gantt->Refresh();
 }

@@ -5,14 +5,15 @@
 #include <memory>
 
 class KVXDateTimeLineWidget;
+class KVXScheduleGantt;
 class ZUpdater;
 class QLabel;
 class QPushButton;
 
 // The virtual-construction page's controls: the schedule's date timeline
 // (scrubbing it shows the site on that day; it follows the date while the
-// schedule plays), play, pause, stop and preview, and how many records are
-// in conflict.
+// schedule plays), the Gantt rows of the schedule's tasks under it, play,
+// pause, stop and preview, and how many records are in conflict.
 class KVXConstructionPage : public QWidget {
     Q_OBJECT
 public:
@@ -22,6 +23,7 @@ public:
     KVXDateTimeLineWidget* timeline() const { return m_timeline; }
     QPushButton* button(const QString& text) const;
     QLabel* conflicts() const { return m_conflicts; }
+    KVXScheduleGantt* gantt() const { return m_gantt; }
 
 public slots:
     // Checks the records again and shows how many are in conflict.
@@ -35,5 +37,6 @@ private:
 
     KVXDateTimeLineWidget* m_timeline;
     QLabel* m_conflicts;
+    KVXScheduleGantt* m_gantt;
     std::unique_ptr<DocumentFollower> m_follower;
 };
