@@ -40,6 +40,7 @@
 #include <QMimeData>
 #include <QPointer>
 #include <QProgressBar>
+#include <QProgressDialog>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStatusBar>
@@ -54,6 +55,8 @@ const QString kLayoutKey = QStringLiteral("mainWindow/state");
 const QString kGeometryKey = QStringLiteral("mainWindow/geometry");
 const QString kRecentKey = QStringLiteral("recentFiles");
 constexpr int kRecentCount = 8;
+// A model read faster than this shows no progress dialog.
+constexpr int kImportDialogDelayMs = 700;
 // How often the window looks whether it is time to save aside.
 constexpr int kAutoSaveCheckMilliseconds = 30 * 1000;
 // A change count no document reaches: the document shows as changed.
@@ -579,11 +582,27 @@ bool KvxMainWindow::ImportModel(const QString& path)
     if (!m_document)
         return false;
     PfIsolatedModelReader reader(PfIsolatedModelReader::DefaultProgram());
+    // The window keeps painting while the model is read; the dialog is
+    // modal, so nothing else can change the document meanwhile.
+    QProgressDialog progress(QStringLiteral("正在读取 %1…").arg(QFileInfo(path).fileName()), QStringLiteral("取消"),
+                             0, 0, this);
+    progress.setWindowTitle(QStringLiteral("导入模型"));
+    progress.setWindowModality(Qt::WindowModal);
+    progress.setMinimumDuration(kImportDialogDelayMs);
+    reader.SetWaiting([&progress](int done, int found) {
+        progress.setMaximum(found);
+        progress.setValue(std::min(done, found));
+        QCoreApplication::processEvents();
+        return !progress.wasCanceled();
+    });
     PfModelImport::Report report;
     QString error;
-    QApplication::setOverrideCursor(Qt::WaitCursor);
     const bool imported = PfModelImport::Import(m_document->GetDatabase(), reader, path, report, &error);
-    QApplication::restoreOverrideCursor();
+    progress.reset();
+    if (!imported && error == PfIsolatedModelReader::kCancelled) {
+        statusBar()->showMessage(QStringLiteral("已取消导入 %1").arg(QFileInfo(path).fileName()));
+        return false;
+    }
     if (!imported) {
         QMessageBox::warning(this, QStringLiteral("导入模型"), QStringLiteral("未能导入模型：%1").arg(error));
         return false;

@@ -49,6 +49,8 @@ QString PfIsolatedModelReader::DefaultProgram()
 
 void PfIsolatedModelReader::SetDefaultProgram(const QString& program) { defaultProgram() = program; }
 
+const QString PfIsolatedModelReader::kCancelled = QStringLiteral("the import was cancelled");
+
 PfIsolatedModelReader::PfIsolatedModelReader(QString program, int silence)
     : m_program(std::move(program)), m_silence(silence)
 {
@@ -110,6 +112,9 @@ bool PfIsolatedModelReader::Read(const QString& path, const Take& take, const Pr
     bool damaged = false;
     QElapsedTimer quiet;
     quiet.start();
+    int lastDone = 0, lastFound = 0;
+    // With someone waiting, shorter waits: a window repaints between them.
+    const int wait = m_waiting ? 40 : 250;
     // Takes the complete messages off the front of what came.
     const auto takeMessages = [&] {
         int at = 0;
@@ -135,6 +140,8 @@ bool PfIsolatedModelReader::Read(const QString& path, const Take& take, const Pr
                 qint32 done = 0, found = 0;
                 message >> done >> found;
                 progress(done, found);
+                lastDone = done;
+                lastFound = found;
             } else if (kind == SummaryMessage) {
                 qint32 found = 0, read = 0;
                 message >> found >> read >> summary.skipped;
@@ -149,7 +156,12 @@ bool PfIsolatedModelReader::Read(const QString& path, const Take& take, const Pr
         pending.remove(0, at);
     };
     while (child.state() != QProcess::NotRunning && !damaged) {
-        if (child.waitForReadyRead(250)) {
+        if (m_waiting && !m_waiting(lastDone, lastFound)) {
+            child.kill();
+            child.waitForFinished();
+            return fail(kCancelled);
+        }
+        if (child.waitForReadyRead(wait)) {
             pending += child.readAllStandardOutput();
             takeMessages();
             quiet.restart();

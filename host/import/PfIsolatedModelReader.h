@@ -4,6 +4,8 @@
 
 #include <QString>
 
+#include <functional>
+
 class QIODevice;
 
 // Reads a model in a child process (the command line's read-model command),
@@ -19,6 +21,13 @@ public:
     bool Read(const QString& path, const Take& take, const Progress& progress, Summary& summary,
               QString* error) override;
 
+    // Called often while the child reads (with the products done and found
+    // so far), so that a window can answer its user meanwhile; false stops
+    // the child, and Read then fails with kCancelled.
+    using Waiting = std::function<bool(int done, int found)>;
+    void SetWaiting(Waiting waiting) { m_waiting = std::move(waiting); }
+    static const QString kCancelled;
+
     // The kvxhost beside the running program, unless another was set.
     static QString DefaultProgram();
     static void SetDefaultProgram(const QString& program);
@@ -33,4 +42,5 @@ public:
 private:
     QString m_program;
     int m_silence;
+    Waiting m_waiting;
 };

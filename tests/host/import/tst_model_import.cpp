@@ -1,5 +1,6 @@
 #include "host/import/PfIfcReader.h"
 #include "host/import/PfImportedProduct.h"
+#include "host/import/PfIsolatedModelReader.h"
 #include "host/import/PfModelImport.h"
 #include "host/vpe/geometry/CBooleanOperate.h"
 #include "host/vpe/geometry/CPlane.h"
@@ -211,6 +212,23 @@ TEST_F(ModelImport, aDamagedFileIsToldInOneLineAndWritesNothing)
         EXPECT_GT(run.err.trimmed().size(), QStringLiteral("kvxhost: %1: ").arg(QLatin1String(c.name)).size() + 5)
             << c.name << ": says why";
         EXPECT_FALSE(QFileInfo::exists(out)) << c.name;
+    }
+}
+
+TEST_F(ModelImport, aWindowWaitingOnTheReaderIsCalledMeanwhileAndCanCancel)
+{
+    for (const bool cancel : {false, true}) {
+        PfDbDatabase database;
+        PfIsolatedModelReader reader(QStringLiteral(KVXHOST_PROGRAM));
+        int calls = 0;
+        reader.SetWaiting([&calls, cancel](int, int) { return ++calls < 2 || !cancel; });
+        PfModelImport::Report report;
+        QString error;
+        const bool imported = PfModelImport::Import(&database, reader, kModels + "duplex.ifc", report, &error);
+        EXPECT_GE(calls, 2) << "called while the child reads";
+        EXPECT_EQ(imported, !cancel) << error.toStdString();
+        EXPECT_EQ(error, cancel ? PfIsolatedModelReader::kCancelled : QString());
+        EXPECT_EQ(database.GetModelSpace()->Size() > 0, !cancel) << "a cancelled import adds nothing";
     }
 }
 
