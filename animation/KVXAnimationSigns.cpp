@@ -92,10 +92,12 @@ void KVXAnimationSigns::Add(int number)
     }
     vpe::CRefPtr<vpe::CVectorText2D> sign = new vpe::CVectorText2D;
     sign->SetPosition(osg::Vec3d(box.center().x(), box.center().y(), box.zMax() + kSignHeightOverElement));
-    sign->SetText(text);
     sign->SetSizeInPixels(kSignSize);
     sign->SetColor(Qt::white);
     sign->SetAlignmentScheme(vpe::CVectorText2D::CenterBaseLine);
+    // The text last: each change of size or alignment lays the glyphs out
+    // again, which made most of a sign's cost when thousands are added.
+    sign->SetText(text);
     // In a visual node of its own, where the label scaling of anti-aliased
     // renders finds it.
     vpe::CRefPtr<vpe::CVisualNode> holder = new vpe::CVisualNode;
