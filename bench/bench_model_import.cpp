@@ -1,7 +1,8 @@
 // Importing IFC models (the duplex, and three copies of it in one file for a
 // model of over 50,000 triangles) against IFC++ parsing and meshing alone in
-// one process, and saving and loading the document the import made. Peak
-// memory is read from the process and from the reading children.
+// one process; saving and loading the document the import made, and one of
+// half a million triangles. Peak memory is read from the process and from the
+// reading children.
 
 #include "host/db/PfDbDatabase.h"
 #include "host/db/PfDbDocumentFile.h"
@@ -125,8 +126,45 @@ void BM_LoadImported(benchmark::State& state)
     }
 }
 
+std::size_t largeTriangles = 0;
+
+// The tripled duplex imported again and again into one document, until it
+// holds half a million triangles.
+void BM_SaveLarge(benchmark::State& state)
+{
+    PfDbDatabase database;
+    PfIsolatedModelReader reader(QStringLiteral(KVXHOST_PROGRAM));
+    QString error;
+    largeTriangles = 0;
+    while (largeTriangles < 500000) {
+        PfModelImport::Report report;
+        if (!PfModelImport::Import(&database, reader, tripledDuplex(), report, &error)) {
+            state.SkipWithError(error.toUtf8().constData());
+            return;
+        }
+        largeTriangles += report.triangles;
+    }
+    for (auto _ : state)
+        PfDbDocumentFile::Write(database, folder().filePath(QStringLiteral("large.kvx")), &error);
+    state.counters["MB"] = QFileInfo(folder().filePath(QStringLiteral("large.kvx"))).size() / 1.0e6;
+    state.counters["triangles"] = double(largeTriangles);
+}
+
+void BM_LoadLarge(benchmark::State& state)
+{
+    for (auto _ : state) {
+        QString error;
+        auto database = PfDbDocumentFile::Read(folder().filePath(QStringLiteral("large.kvx")), nullptr, &error);
+        if (!database)
+            state.SkipWithError(error.toUtf8().constData());
+        benchmark::DoNotOptimize(database.get());
+    }
+}
+
 BENCHMARK(BM_SaveImported)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3)->ReportAggregatesOnly();
 BENCHMARK(BM_LoadImported)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3)->ReportAggregatesOnly();
+BENCHMARK(BM_SaveLarge)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3)->ReportAggregatesOnly();
+BENCHMARK(BM_LoadLarge)->Unit(benchmark::kMillisecond)->Iterations(1)->Repetitions(3)->ReportAggregatesOnly();
 
 double peakMegabytes(int who)
 {
@@ -162,6 +200,8 @@ int main(int argc, char** argv)
     }
     std::printf("imported duplex x3: save %.0f ms, load %.0f ms (target < 1000 each)\n",
                 reporter.medians["BM_SaveImported"], reporter.medians["BM_LoadImported"]);
+    std::printf("imported, %zu triangles: save %.0f ms, load %.0f ms (target: a few seconds)\n", largeTriangles,
+                reporter.medians["BM_SaveLarge"], reporter.medians["BM_LoadLarge"]);
     std::printf("peak memory: this process %.0f MB (IFC++ in process included), reading children %.0f MB\n",
                 peakMegabytes(RUSAGE_SELF), peakMegabytes(RUSAGE_CHILDREN));
     return 0;
