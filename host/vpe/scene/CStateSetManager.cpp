@@ -1,5 +1,7 @@
 #include "CStateSetManager.h"
 
+#include <iterator>
+
 namespace vpe {
 
 bool CStateSetManager::Less::operator()(const osg::ref_ptr<CStateSet>& a, const osg::ref_ptr<CStateSet>& b) const
@@ -19,7 +21,17 @@ CStateSet* CStateSetManager::GetSharedStateSet(CStateSet* stateSet)
 {
     if (!stateSet)
         return nullptr;
-    return m_shared.insert(stateSet).first->get();
+    const auto [first, last] = m_shared.equal_range(stateSet);
+    // The newest of its kind is the one likely to have room.
+    for (auto it = last; it != first;) {
+        --it;
+        if ((*it)->getNumParents() < kMostUsers)
+            return it->get();
+    }
+    osg::ref_ptr<CStateSet> added = stateSet;
+    if (first != last)
+        added = new CStateSet(**std::prev(last), osg::CopyOp::SHALLOW_COPY);
+    return m_shared.insert(last, added)->get();
 }
 
 } // namespace vpe
