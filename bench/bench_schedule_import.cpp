@@ -127,6 +127,8 @@ int main(int argc, char** argv)
     std::printf("linking      %7.3f s\nrecords      %7.3f s\nall          %7.3f s   (target under 2 s)\n", link,
                 make, parse + link + make);
     std::printf("re-import    %7.3f s  (%s)\n", reimport, qPrintable(again.Text()));
+    timer.start();
     PfDocManagerPtr()->CloseAll();
+    std::printf("closing      %7.3f s  (the document with its elements and records)\n", seconds(timer));
     return 0;
 }

@@ -83,6 +83,14 @@ void PfDbTransaction::captureAfter()
         entry.after.erased = object->IsErased();
         snapshot(object, entry.after.properties);
     }
+    m_afterCaptured = true;
+}
+
+void PfDbTransaction::undo()
+{
+    if (!m_afterCaptured)
+        captureAfter();
+    restore(true);
 }
 
 void PfDbTransaction::restore(bool before)

@@ -14,9 +14,13 @@ class PfDbDatabase;
 class PfDbObject;
 
 // One transaction: for every object it touched, the object's state before
-// (absent for a new object) and, once ended, after. A state is the object's
-// erase flag and its properties as its Save wrote them; undo loads the states
-// before, redo the states after.
+// (absent for a new object) and after. A state is the object's erase flag and
+// its properties as its Save wrote them; undo loads the states before, redo
+// the states after. The states after are taken when the step is first
+// undone, not when it ends: the objects stand as the step left them then
+// (every later step is undone already), and a step that is never undone
+// (most of them; an import of tens of thousands of records) never pays for
+// a second copy of everything it made.
 class PfDbTransaction : public PfRxObject {
     PFRX_DECLARE_MEMBERS(PfDbTransaction)
 public:
@@ -57,11 +61,15 @@ private:
     // the outer one's earlier states.
     void mergeInto(PfDbTransaction& outer);
     void captureAfter();
-    // Replays the states before (undo, abort) or after (redo).
+    // Takes the states after if they are not yet taken, then replays the
+    // states before.
+    void undo();
+    // Replays the states before (abort) or after (redo).
     void restore(bool before);
 
     PfDbDatabase* m_database;
     QString m_name;
     std::vector<Entry> m_entries;
+    bool m_afterCaptured = false;
     std::unordered_map<PfDbHandle, std::size_t> m_index;
 };

@@ -58,7 +58,6 @@ Pfad::Error PfDbTransactionManager::EndTransaction()
     } else {
         notify([this](PfDbTransactionReactor* r) { r->EndCalledOnOutermostTransaction(m_database); });
         if (!ended->IsEmpty()) {
-            ended->captureAfter();
             m_undo.push_back(std::move(ended));
             m_redo.clear();
         }
@@ -111,7 +110,10 @@ std::vector<PfDbTransaction*> PfDbTransactionManager::replay(Steps& from, Steps&
     m_restoring = true;
     while (count-- > 0 && !from.empty()) {
         ++m_changes;
-        from.back()->restore(before);
+        if (before)
+            from.back()->undo();
+        else
+            from.back()->restore(false);
         replayed.push_back(from.back().get());
         to.push_back(std::move(from.back()));
         from.pop_back();
