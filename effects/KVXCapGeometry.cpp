@@ -9,7 +9,9 @@
 #include "host/vpe/scene/CStateSet.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <unordered_map>
 
 namespace {
@@ -133,6 +135,27 @@ vpe::CSection::Loop cornersOf(const vpe::CSection::Loop& loop)
             kept.push_back(here);
     }
     return kept;
+}
+
+// A cap of more corners than this is made again rather than followed: the
+// corners are matched pair by pair.
+constexpr std::size_t kMostFollowedCorners = 64;
+// How near the area a followed cap must cover the new outline's, relatively.
+constexpr double kAreaAgreement = 1e-6;
+
+// The section's area about the normal (holes count against).
+double signedArea(const vpe::CSection& section, const osg::Vec3d& normal)
+{
+    osg::Vec3d sum;
+    for (const vpe::CSection::Loop& loop : section.GetLoops())
+        for (std::size_t i = 0; i < loop.size(); ++i)
+            sum += loop[i] ^ loop[(i + 1) % loop.size()];
+    return 0.5 * (sum * normal);
+}
+
+double signedArea(const osg::Vec3f& a, const osg::Vec3f& b, const osg::Vec3f& c, const osg::Vec3d& normal)
+{
+    return 0.5 * (osg::Vec3d((b - a) ^ (c - a)) * normal);
 }
 
 struct Vec3fHash {
@@ -271,6 +294,100 @@ bool KVXCapGeometry::Move(const std::vector<osg::Vec3f>& points)
     if (m_edges)
         moveArray(m_edges.get(), m_edgeSources, points);
     return true;
+}
+
+bool KVXCapGeometry::Follow(const vpe::CSection& section, const osg::Vec3d& normal)
+{
+    if (!m_movable || !m_faces || m_usedPoints.empty() || m_usedPoints.size() > kMostFollowedCorners)
+        return false;
+    const vpe::CSection straight = Straightened(section);
+    const std::vector<osg::Vec3f> corners = pointsOf(straight);
+    std::vector<osg::Vec3f> used;
+    std::vector<std::uint32_t> match;
+    if (corners.size() != m_usedPoints.size() || !usedPositions(used) || !matchCorners(used, corners, normal, match))
+        return false;
+    std::vector<osg::Vec3f> positions(used.size());
+    for (std::size_t k = 0; k < used.size(); ++k)
+        positions[k] = corners[match[k]];
+    if (!coversAfterMove(positions, normal, signedArea(straight, normal)))
+        return false;
+    // The corners are points of the new section: the cap slides with them.
+    std::vector<std::uint32_t> sources;
+    if (!traceBack(positions, pointsOf(section), sources))
+        return false;
+    m_usedPoints = std::move(sources);
+    return Move(positions);
+}
+
+bool KVXCapGeometry::usedPositions(std::vector<osg::Vec3f>& positions) const
+{
+    positions.assign(m_usedPoints.size(), osg::Vec3f());
+    std::vector<bool> found(m_usedPoints.size(), false);
+    const auto read = [&](const vpe::CPrimitiveRenderable* renderable, const std::vector<std::uint32_t>& sources) {
+        const auto* vertices = renderable ? static_cast<const osg::Vec3Array*>(renderable->getVertexArray()) : nullptr;
+        for (std::size_t i = 0; vertices && i < sources.size() && i < vertices->size(); ++i) {
+            positions[sources[i]] = (*vertices)[i];
+            found[sources[i]] = true;
+        }
+    };
+    read(m_faces.get(), m_faceSources);
+    read(m_edges.get(), m_edgeSources);
+    return std::all_of(found.begin(), found.end(), [](bool f) { return f; });
+}
+
+bool KVXCapGeometry::matchCorners(const std::vector<osg::Vec3f>& used, const std::vector<osg::Vec3f>& corners,
+                                  const osg::Vec3d& normal, std::vector<std::uint32_t>& match)
+{
+    const std::size_t n = corners.size();
+    const osg::Vec3d unit = normal / normal.length();
+    // A corner must stay much nearer its own place than any two corners are
+    // to each other: then no corner can be taken for another.
+    double spacing = std::numeric_limits<double>::max();
+    for (std::size_t i = 0; i < n; ++i)
+        for (std::size_t j = i + 1; j < n; ++j)
+            spacing = std::min(spacing, double((corners[i] - corners[j]).length()));
+    const double reach = 0.25 * spacing;
+    std::vector<bool> taken(n, false);
+    match.assign(used.size(), 0);
+    for (std::size_t k = 0; k < used.size(); ++k) {
+        // Onto the new plane: the plane's own step does not count.
+        const osg::Vec3d offset = osg::Vec3d(used[k] - corners[0]);
+        const osg::Vec3d onPlane = osg::Vec3d(used[k]) - unit * (offset * unit);
+        std::size_t nearest = n;
+        double best = reach;
+        for (std::size_t j = 0; j < n; ++j) {
+            const double distance = (onPlane - osg::Vec3d(corners[j])).length();
+            if (distance < best) {
+                best = distance;
+                nearest = j;
+            }
+        }
+        if (nearest == n || taken[nearest])
+            return false;
+        taken[nearest] = true;
+        match[k] = static_cast<std::uint32_t>(nearest);
+    }
+    return true;
+}
+
+bool KVXCapGeometry::coversAfterMove(const std::vector<osg::Vec3f>& positions, const osg::Vec3d& normal,
+                                     double area) const
+{
+    const auto* vertices = static_cast<const osg::Vec3Array*>(m_faces->getVertexArray());
+    if (!vertices || vertices->size() != m_faceSources.size())
+        return false;
+    const osg::Vec3d unit = normal / normal.length();
+    double covered = 0.0;
+    for (std::size_t i = 0; i + 2 < m_faceSources.size(); i += 3) {
+        const double before = signedArea((*vertices)[i], (*vertices)[i + 1], (*vertices)[i + 2], unit);
+        const double after = signedArea(positions[m_faceSources[i]], positions[m_faceSources[i + 1]],
+                                        positions[m_faceSources[i + 2]], unit);
+        // A triangle turned over or flattened would fold the cap.
+        if (!(before * after > 0.0))
+            return false;
+        covered += after;
+    }
+    return std::abs(std::abs(covered) - std::abs(area)) <= kAreaAgreement * std::abs(area);
 }
 
 void KVXCapGeometry::moveArray(vpe::CPrimitiveRenderable* renderable, const std::vector<std::uint32_t>& sources,

@@ -40,6 +40,14 @@ public:
     // Moves the cap onto new positions of its used points, in their order;
     // false when it cannot.
     bool Move(const std::vector<osg::Vec3f>& points);
+    // Moves the cap onto a new section (of the same body, by a parallel plane
+    // with this normal) whose corners are the cap's own a short way off, one
+    // for one: the plane crossed a vertex level, so the section runs through
+    // other edges, but its outline kept its shape. The cap's triangles must
+    // keep their facing and cover the new outline's area exactly; the cap
+    // then follows the new section's points. False, with the cap as it was,
+    // otherwise.
+    bool Follow(const vpe::CSection& section, const osg::Vec3d& normal);
     void Clear();
 
     vpe::CPrimitiveRenderable* Faces() const { return m_faces.get(); }
@@ -56,6 +64,16 @@ private:
     static bool traceBack(const std::vector<osg::Vec3f>& vertices, const std::vector<osg::Vec3f>& points,
                           std::vector<std::uint32_t>& sources);
     void keepUsedPoints();
+    // Where each used point stands now, read from the cap's arrays; false
+    // when one is not found there.
+    bool usedPositions(std::vector<osg::Vec3f>& positions) const;
+    // For each used point, the corner it went to; false unless one for one
+    // and unambiguous.
+    static bool matchCorners(const std::vector<osg::Vec3f>& used, const std::vector<osg::Vec3f>& corners,
+                             const osg::Vec3d& normal, std::vector<std::uint32_t>& match);
+    // Whether the faces, moved onto these positions, keep their facing and
+    // cover the area.
+    bool coversAfterMove(const std::vector<osg::Vec3f>& positions, const osg::Vec3d& normal, double area) const;
     static void moveArray(vpe::CPrimitiveRenderable* renderable, const std::vector<std::uint32_t>& sources,
                           const std::vector<osg::Vec3f>& points);
 

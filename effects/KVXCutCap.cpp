@@ -134,6 +134,12 @@ void KVXCutCap::build(const PfDbElement& element, const vpe::CBody& body, const 
         break;
     }
     }
+    // Across a vertex level an outline often keeps its shape: the cap
+    // follows it instead of being covered and tessellated again.
+    if (movable && m_geometry.Follow(section, plane.normal)) {
+        ++m_moves;
+        return;
+    }
     ++m_builds;
     m_geometry.Make(*drawn, section, cut, m_bounds, movable, m_faceState.get(), m_edgeState.get());
 }

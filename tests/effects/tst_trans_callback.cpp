@@ -280,6 +280,44 @@ TEST_F(TransCallback, aSlidingPlaneMovesTheCapInsteadOfMakingIt)
     EXPECT_NEAR(capZ, 0.7 * 3000, 1e-3) << "the moved cap stands where the plane is";
 }
 
+// A storey whose long sides are divided every metre, as imported outlines
+// often are: sweeping across it, the plane crosses a vertex level every
+// metre, but the section keeps its rectangle. Where the outline narrows (a
+// notch), the section changes shape and the cap must be made again.
+TEST_F(TransCallback, aCapFollowsAnOutlineThatKeepsItsShapeAcrossVertexLevels)
+{
+    const struct {
+        const char* name;
+        double notchFrom; // x from which the storey is 3 m deep instead of 6 m
+        int builds;
+    } shapes[] = {{"straight", 1e9, 1}, {"notched", 6500.0, 2}};
+    for (const auto& shape : shapes) {
+        std::vector<osg::Vec2d> outline;
+        for (int x = 0; x <= 10000; x += 1000)
+            outline.emplace_back(x, 0.0);
+        for (int x = 10000; x >= 0; x -= 1000) {
+            if (x < shape.notchFrom && x + 1000 > shape.notchFrom)
+                outline.insert(outline.end(), {{shape.notchFrom, 3000.0}, {shape.notchFrom, 6000.0}});
+            outline.emplace_back(x, x > shape.notchFrom ? 3000.0 : 6000.0);
+        }
+        auto* storey = new KVX3DElementObject();
+        storey->AddBody(vpe::CBody::CreateExtrusion(outline, 0.0, 3000.0));
+        document->GetDatabase()->GetModelSpace()->Add(storey);
+        wall = storey;
+        KVXAnimTransCallback* callback = start(KVXAnimation::Construction, KVXAnimation::LeftToRight);
+        for (double days = 0.05; days < 9.5; days += 0.1) {
+            evaluateAt(days);
+            double x = 0.0;
+            const double area = capArea(callback, x);
+            const double depth = days * 1000.0 > shape.notchFrom ? 3000.0 : 6000.0;
+            ASSERT_NEAR(area, depth * 3000.0, 1.0) << shape.name << " at day " << days;
+            ASSERT_NEAR(x, days * 1000.0, 1e-2) << shape.name << " at day " << days;
+        }
+        EXPECT_EQ(callback->GetCap().BuildCount(), shape.builds) << shape.name;
+        EXPECT_GT(callback->GetCap().MoveCount(), 85) << shape.name;
+    }
+}
+
 // Cut loops as real models give them: the cap must keep every corner.
 TEST(CapOutline, straighteningKeepsCornersMetTwiceAndDropsPointsOnStraightRuns)
 {
