@@ -139,6 +139,16 @@ void CStateSet::AddClipPlane(int index, const osg::Vec4d& equation)
 {
     if (index < 0 || index >= kMaxClipPlanes)
         return;
+    // A plane this set alone holds is moved where it is: a sweeping cut sets
+    // its plane every frame, and replacing the attribute each time (a new
+    // object, the set's maps and parent lists redone) was a large share of a
+    // playing frame with thousands of cuts.
+    auto* existing =
+        static_cast<osg::ClipPlane*>(getAttribute(osg::StateAttribute::CLIPPLANE, static_cast<unsigned int>(index)));
+    if (existing && existing->referenceCount() == 1) {
+        existing->setClipPlane(equation);
+        return;
+    }
     setAttributeAndModes(new osg::ClipPlane(static_cast<unsigned int>(index), equation), osg::StateAttribute::ON);
 }
 
