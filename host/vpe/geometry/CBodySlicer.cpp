@@ -1,7 +1,6 @@
 #include "CBodySlicer.h"
 
 #include <algorithm>
-#include <unordered_map>
 
 namespace vpe {
 
@@ -65,40 +64,56 @@ bool CBodySlicer::findLoops(double level)
     m_loops.clear();
     // Each crossed triangle gives one piece of the section, from the edge
     // where its boundary goes down through the plane to the edge where it
-    // comes back up; the next piece starts where this one ends.
-    std::unordered_map<std::uint64_t, Edge> pieceFrom;
-    std::unordered_map<std::uint64_t, std::uint64_t> nextPiece;
+    // comes back up; the next piece starts where this one ends. The pieces
+    // are kept in a list sorted by where they start, reused from call to
+    // call: a sweeping cut crosses vertex levels many times a second.
+    m_pieces.clear();
     for (const CBody::Triangle& t : m_body->GetTriangles()) {
-        std::uint64_t down = 0, up = 0;
+        Piece piece;
         int crossings = 0;
         for (int k = 0; k < 3; ++k) {
             const std::uint32_t a = t[k], b = t[(k + 1) % 3];
             const bool aAbove = m_heights[a] > level;
-            const bool bAbove = m_heights[b] > level;
-            if (aAbove == bAbove)
+            if (aAbove == (m_heights[b] > level))
                 continue;
             ++crossings;
-            (aAbove ? down : up) = keyOf(a, b);
-            if (aAbove)
-                pieceFrom[keyOf(a, b)] = Edge(std::min(a, b), std::max(a, b));
+            if (aAbove) {
+                piece.from = keyOf(a, b);
+                piece.edge = Edge(std::min(a, b), std::max(a, b));
+            } else {
+                piece.to = keyOf(a, b);
+            }
         }
         if (crossings == 0)
             continue;
-        if (crossings != 2 || !nextPiece.emplace(down, up).second)
+        if (crossings != 2)
             return false;
+        m_pieces.push_back(piece);
     }
+    const auto byStart = [](const Piece& a, const Piece& b) { return a.from < b.from; };
+    std::sort(m_pieces.begin(), m_pieces.end(), byStart);
+    // Two pieces from one edge: the body is not closed there.
+    for (std::size_t i = 1; i < m_pieces.size(); ++i)
+        if (m_pieces[i].from == m_pieces[i - 1].from)
+            return false;
     // Chain the pieces into loops.
-    while (!nextPiece.empty()) {
-        const std::uint64_t first = nextPiece.begin()->first;
+    m_chained.assign(m_pieces.size(), 0);
+    for (std::size_t first = 0; first < m_pieces.size(); ++first) {
+        if (m_chained[first])
+            continue;
         std::vector<Edge>& loop = m_loops.emplace_back();
-        std::uint64_t at = first;
+        std::size_t at = first;
         do {
-            auto piece = nextPiece.find(at);
-            if (piece == nextPiece.end())
+            if (m_chained[at])
+                return false; // a chain that runs into another
+            m_chained[at] = 1;
+            loop.push_back(m_pieces[at].edge);
+            Piece next;
+            next.from = m_pieces[at].to;
+            const auto found = std::lower_bound(m_pieces.begin(), m_pieces.end(), next, byStart);
+            if (found == m_pieces.end() || found->from != next.from)
                 return false; // an open body
-            loop.push_back(pieceFrom[at]);
-            at = piece->second;
-            nextPiece.erase(piece);
+            at = static_cast<std::size_t>(found - m_pieces.begin());
         } while (at != first);
     }
     m_flatEdges.clear();

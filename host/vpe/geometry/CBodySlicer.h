@@ -54,6 +54,13 @@ protected:
 
 private:
     using Edge = std::pair<std::uint32_t, std::uint32_t>;
+    // The part of a section across one triangle: from the edge where the
+    // triangle's boundary goes down through the plane to where it comes up.
+    struct Piece {
+        std::uint64_t from = 0;
+        std::uint64_t to = 0;
+        Edge edge;
+    };
 
     bool findLoops(double level);
     void fillSection(double level, CSection& section) const;
@@ -69,6 +76,9 @@ private:
     std::vector<std::vector<Edge>> m_loops;
     // The same edges, one loop after the other.
     std::vector<Edge> m_flatEdges;
+    // Reused by each search for loops.
+    std::vector<Piece> m_pieces;
+    std::vector<char> m_chained;
     double m_below = 0.0;
     double m_above = 0.0;
     bool m_haveLoops = false;
