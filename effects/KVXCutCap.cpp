@@ -72,12 +72,12 @@ bool KVXCutCap::Clear()
     return hadCap;
 }
 
-void KVXCutCap::AddTo(vpe::CVisualNode& holder) const
+void KVXCutCap::AppendTo(std::vector<osg::Drawable*>& drawables) const
 {
     if (m_geometry.Faces())
-        holder.addDrawable(m_geometry.Faces());
+        drawables.push_back(m_geometry.Faces());
     if (m_geometry.Edges())
-        holder.addDrawable(m_geometry.Edges());
+        drawables.push_back(m_geometry.Edges());
 }
 
 bool KVXCutCap::misses(const KVXAnimPlane& plane) const

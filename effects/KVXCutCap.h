@@ -41,7 +41,8 @@ public:
     }
     // No cap until the next update; true when there was one.
     bool Clear();
-    void AddTo(vpe::CVisualNode& holder) const;
+    // Its renderables, faces first, after those already in the list.
+    void AppendTo(std::vector<osg::Drawable*>& drawables) const;
     // How many times the cap was made anew, and how many times it was moved
     // (for tests and benchmarks).
     int BuildCount() const { return m_builds; }
