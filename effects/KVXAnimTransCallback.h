@@ -26,6 +26,8 @@ public:
     KVXAnimTransCallback(KVXAnimation* animation, KVXEffectContext* context);
 
     void operator()(vpe::CSceneNode* node, const vpe::CFrameTime& time) override;
+    // It holds the element's node itself.
+    bool WantsNode() const override { return false; }
 
     // The node the caps are drawn in (a child of the scene root while it
     // holds a cap); null when the element could not be found.

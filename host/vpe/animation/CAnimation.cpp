@@ -40,7 +40,9 @@ void CAnimation::Evaluate(const CFrameTime& time)
 {
     for (const auto& track : m_tracks)
         track->Apply(time.time);
-    if (m_callback) {
+    if (m_callback && !m_callback->WantsNode()) {
+        (*m_callback)(nullptr, time);
+    } else if (m_callback) {
         osg::ref_ptr<CSceneNode> node;
         m_node.lock(node);
         (*m_callback)(node.get(), time);

@@ -20,6 +20,10 @@ struct CFrameTime {
 class CFrameCallback : public CReferenced {
 public:
     virtual void operator()(CSceneNode* node, const CFrameTime& time) = 0;
+    // Whether it is to be handed its animation's node. One that holds its
+    // node itself says no: the animation then skips locking its weak
+    // reference, which cost about 1.5 ms a frame over 10,000 animations.
+    virtual bool WantsNode() const { return true; }
 
 protected:
     ~CFrameCallback() override = default;

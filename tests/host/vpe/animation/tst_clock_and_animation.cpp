@@ -224,6 +224,25 @@ vpe::CQuaternion orientation(const osg::Vec3d& d, const osg::Vec3d& u)
     return q;
 }
 
+// A callback is handed its animation's node, unless it holds its own.
+TEST(FrameCallback, isHandedTheNodeOnlyWhenItWantsIt)
+{
+    struct NodeLog : vpe::CFrameCallback {
+        bool wants = true;
+        std::vector<vpe::CSceneNode*> nodes;
+        void operator()(vpe::CSceneNode* node, const vpe::CFrameTime&) override { nodes.push_back(node); }
+        bool WantsNode() const override { return wants; }
+    };
+    vpe::CRefPtr<vpe::CSceneNode> node = new vpe::CSceneNode;
+    vpe::CRefPtr<NodeLog> log = new NodeLog;
+    vpe::CRefPtr<vpe::CAnimation> animation = new vpe::CAnimation("handed", 1.0);
+    animation->SetFrameCallback(node.get(), log.get());
+    animation->Evaluate({});
+    log->wants = false;
+    animation->Evaluate({});
+    EXPECT_EQ(log->nodes, (std::vector<vpe::CSceneNode*>{node.get(), nullptr}));
+}
+
 TEST(CameraTrack, cameraTakesTheKeysPoseAndTurnsBetweenThem)
 {
     vpe::CRefPtr<vpe::CCamera> camera = new vpe::CCamera;
