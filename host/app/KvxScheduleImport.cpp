@@ -19,11 +19,16 @@ bool fail(QString* error, const QString& reason)
     return false;
 }
 
-bool ownSchedule(const QString& model)
+// The model file's text when it is an IFC file with a work schedule of its
+// own; empty otherwise. Read once: the schedule is read from the same bytes.
+QByteArray ownSchedule(const QString& model)
 {
     QFile file(model);
-    return QFileInfo(model).suffix().compare(QLatin1String("ifc"), Qt::CaseInsensitive) == 0 &&
-           file.open(QIODevice::ReadOnly) && PfIfcScheduleReader::HasSchedule(file.readAll());
+    if (QFileInfo(model).suffix().compare(QLatin1String("ifc"), Qt::CaseInsensitive) != 0 ||
+        !file.open(QIODevice::ReadOnly))
+        return QByteArray();
+    QByteArray bytes = file.readAll();
+    return PfIfcScheduleReader::HasSchedule(bytes) ? bytes : QByteArray();
 }
 
 bool readSchedule(PfDbDocument* document, const KvxScheduleImport::Request& request,
@@ -33,9 +38,12 @@ bool readSchedule(PfDbDocument* document, const KvxScheduleImport::Request& requ
         result.source = KvxScheduleImport::Source::File;
         return PfScheduleReader::ReadFile(request.schedule, result.schedule, error);
     }
-    if (ownSchedule(request.model)) {
+    if (const QByteArray bytes = ownSchedule(request.model); !bytes.isEmpty()) {
         result.source = KvxScheduleImport::Source::Model;
-        return PfIfcScheduleReader::ReadFile(request.model, result.schedule, error);
+        QString reason;
+        if (PfIfcScheduleReader::Read(bytes, result.schedule, &reason))
+            return true;
+        return fail(error, QStringLiteral("%1: %2").arg(QFileInfo(request.model).fileName(), reason));
     }
     result.source = KvxScheduleImport::Source::Draft;
     result.schedule = PfDraftSchedule::Make(document->GetDatabase(), request.draftStart);
